@@ -1,0 +1,33 @@
+#pragma once
+
+#include "model/SystemModel.h"
+
+#include <QString>
+
+// Reads "Kestrel.ini" from the program directory into the description part of the model.
+class SystemDescription
+{
+public:
+    static constexpr int MaxKeysLooked = 1500; // Output/Input indices the reader looks at
+    static constexpr qint64 MaxFileBytes = 64 * 1024 * 1024;
+
+    explicit SystemDescription(QString programDir);
+
+    // True when the key System has a value; then the description part of `model` is filled
+    // (entries beyond the tables' limit are left out, see limitWarning). False leaves `model`
+    // untouched: the file is missing, unreadable, or names no System.
+    bool IniRead(SystemModel &model);
+
+    // Splits model.EnabledUnitsText into EnabledUnitList / EnabledUnitCount.
+    static void ParseEnabledUnits(SystemModel &model);
+
+    QString filePath() const;
+
+    // After IniRead: a text for the operator when the file declares more outputs or inputs
+    // than the tables hold; "" when everything was read.
+    const QString &limitWarning() const { return m_limitWarning; }
+
+private:
+    QString m_programDir;
+    QString m_limitWarning;
+};

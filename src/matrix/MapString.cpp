@@ -1,0 +1,51 @@
+#include "matrix/MapString.h"
+
+#include "model/NumberText.h"
+
+namespace {
+
+QString compose(const MapFields &f)
+{
+    QString s;
+    s.reserve(40);
+    for (qint16 v : f)
+        s += QLatin1Char('[') + QString::number(v) + QLatin1Char(']');
+    return s;
+}
+
+} // namespace
+
+QString ComposeMapString(qint16 Ounit, qint16 Ochannel, qint16 IUnit, qint16 IChannel)
+{
+    return compose({Ounit, Ochannel, IUnit, IChannel, 1, 0, 0, PlainMapping});
+}
+
+QString ComposeBoolMapString(qint16 Ounit, qint16 Ochannel, qint16 IUnit, qint16 IChannel,
+                             qint16 IUnitBool, qint16 IChannelBool, qint16 BoolType)
+{
+    return compose({Ounit, Ochannel, IUnit, IChannel, 1, IUnitBool, IChannelBool, BoolType});
+}
+
+MapFields ReadMapFields(QStringView text)
+{
+    MapFields fields{};
+    std::size_t next = 0;
+    for (qsizetype p = 0; p < text.size() && next < fields.size(); ++p) {
+        if (text[p] == QLatin1Char('['))
+            fields[next++] = ReadInt16(text.mid(p + 1, 3));
+    }
+    return fields;
+}
+
+void ParseGetMap(SystemModel &model, QStringView Response)
+{
+    const MapFields f = ReadMapFields(Response);
+    model.CurrentOutUnit = f[0];
+    model.CurrentOutChannel = f[1];
+    model.CurrentInUnit = f[2];
+    model.CurrentInChannel = f[3];
+    model.CurrentMapEnable = f[4];
+    model.CurrentBooleanInUnit = f[5];
+    model.CurrentBooleanInChannel = f[6];
+    model.CurrentBooleanMode = f[7];
+}
