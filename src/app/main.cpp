@@ -1,0 +1,26 @@
+#include "app/Configurator.h"
+#include "app/StartUp.h"
+#include "ui/Dialogs.h"
+#include "ui/MainWindow.h"
+
+#include <QApplication>
+
+#include <memory>
+
+int main(int argc, char *argv[])
+{
+    QApplication app(argc, argv);
+    QApplication::setStyle(QStringLiteral("Fusion")); // honours the panel's button colours
+
+    Dialogs dialogs;
+    StartUp startUp(dialogs);
+    if (!startUp.Form1_Load())
+        return 0;
+
+    auto model = std::make_unique<SystemModel>();
+    MainWindow window(dialogs);
+    Configurator configurator(*model, window);
+    if (!configurator.Form_Load(QCoreApplication::applicationDirPath()))
+        return 0;
+    return app.exec();
+}
