@@ -56,15 +56,25 @@ std::vector<xcb_window_t> children(xcb_connection_t *c, xcb_window_t w)
 
 } // namespace
 
+namespace {
+
+// The offscreen platform can present the X11 interface without a connection behind it.
+xcb_connection_t *connection()
+{
+    auto *x11 = qGuiApp ? qGuiApp->nativeInterface<QNativeInterface::QX11Application>() : nullptr;
+    return x11 ? x11->connection() : nullptr;
+}
+
+} // namespace
+
 bool TopLevelWindows::onX11()
 {
-    return qGuiApp && qGuiApp->nativeInterface<QNativeInterface::QX11Application>() != nullptr;
+    return connection() != nullptr;
 }
 
 bool TopLevelWindows::existsWithTitle(const QString &title)
 {
-    auto *x11 = qGuiApp ? qGuiApp->nativeInterface<QNativeInterface::QX11Application>() : nullptr;
-    xcb_connection_t *c = x11 ? x11->connection() : nullptr;
+    xcb_connection_t *c = connection();
     if (!c)
         return false;
     const xcb_setup_t *setup = xcb_get_setup(c);

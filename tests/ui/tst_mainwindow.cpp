@@ -1,0 +1,306 @@
+#include "app/Configurator.h"
+#include "app/StartUp.h"
+#include "matrix/MapString.h"
+#include "ui/Dialogs.h"
+#include "ui/MainWindow.h"
+#include "ui/TallyList.h"
+#include "ui/ProgramDir.h"
+
+#include <QAbstractButton>
+#include <QApplication>
+#include <QCheckBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QTest>
+
+#include <memory>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+// The window, the logic and the recorded message boxes of one start.
+struct Started
+{
+    Dialogs dialogs;
+    QList<Dialogs::Request> boxes;
+    QList<MessageResult> answers;
+    SystemModel model;
+    std::unique_ptr<MainWindow> window;
+    std::unique_ptr<Configurator> logic;
+    bool loaded = false;
+
+    explicit Started(const QByteArray &ini, QList<MessageResult> replies = {})
+        : answers(std::move(replies))
+    {
+        dialogs.setResponder([this](const Dialogs::Request &r) {
+            boxes << r;
+            return answers.isEmpty() ? r.defaultButton : answers.takeFirst();
+        });
+        ProgramDir dir(ini);
+        window = std::make_unique<MainWindow>(dialogs);
+        logic = std::make_unique<Configurator>(model, *window);
+        loaded = logic->Form_Load(dir.path());
+    }
+    // The text a list shows in one column of one row.
+    QString cell(Control list, int row, int column) const
+    {
+        TallyListModel *m = window->list(list)->rows();
+        return m->data(m->index(row, column), Qt::DisplayRole).toString();
+    }
+};
+
+} // namespace
+
+class TestMainWindow : public QObject
+{
+    Q_OBJECT
+private slots:
+    void controlsAtTheirPlaces_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<QRect>("pixels");
+        QTest::newRow("List1") << u"List1"_s << QRect(70, 132, 246, 273);
+        QTest::newRow("list2") << u"list2"_s << QRect(322, 132, 214, 274);
+        QTest::newRow("list3") << u"list3"_s << QRect(322, 292, 214, 114);
+        QTest::newRow("txtInput") << u"txtInput"_s << QRect(432, 106, 39, 22);
+        QTest::newRow("cmdMapIt") << u"cmdMapIt"_s << QRect(476, 106, 63, 21);
+        QTest::newRow("cmdOnline") << u"cmdOnline"_s << QRect(272, 82, 73, 21);
+        QTest::newRow("lblError") << u"lblError"_s << QRect(384, 441, 157, 19);
+        QTest::newRow("cmdPartLoadMatrix") << u"cmdPartLoadMatrix"_s << QRect(400, 500, 126, 16);
+        QTest::newRow("Check2") << u"Check2"_s << QRect(70, 494, 83, 19);
+        QTest::newRow("cmdClose") << u"cmdClose"_s << QRect(496, 50, 20, 20);
+        QTest::newRow("Shape2") << u"Shape2"_s << QRect(527, 54, 14, 10);
+        QTest::newRow("lblVersionInfo") << u"lblVersionInfo"_s << QRect(105, 528, 305, 25);
+    }
+    void controlsAtTheirPlaces()
+    {
+        QFETCH(QString, name);
+        QFETCH(QRect, pixels);
+        Dialogs dialogs;
+        MainWindow window(dialogs);
+        QCOMPARE(window.objectName(), u"frmKestrelMain"_s);
+        QCOMPARE(window.windowTitle(), u"Kestrel"_s);
+        QCOMPARE(window.size(), QSize(655, 595));
+        auto *w = window.findChild<QWidget *>(name);
+        QVERIFY2(w, qPrintable(name));
+        QCOMPARE(w->geometry(), pixels);
+    }
+
+    void everyViewControlIsNamed()
+    {
+        Dialogs dialogs;
+        MainWindow window(dialogs);
+        for (int c = int(Control::List1); c <= int(Control::Shape2); ++c) {
+            QWidget *w = window.control(Control(c));
+            QVERIFY2(w && !w->objectName().isEmpty(), qPrintable(QString::number(c)));
+        }
+        const auto boolButtons = window.findChildren<QAbstractButton *>(u"cmdBool"_s);
+        QCOMPARE(boolButtons.size(), 2);
+        QCOMPARE(window.button(Control::cmdBoolAnd)->property("index").toInt(), 0);
+        QCOMPARE(window.button(Control::cmdBoolOr)->text(), u"OR"_s);
+    }
+
+    void loadFillsAndSelects()
+    {
+        Started s(studioIni(5, 4));
+        QVERIFY(s.loaded);
+        QVERIFY(s.boxes.isEmpty());
+        MainWindow &w = *s.window;
+        QCOMPARE(w.rowCount(Control::List1), 5);
+        QCOMPARE(w.rowCount(Control::list2), 5);
+        QCOMPARE(w.rowCount(Control::list3), 5);
+        for (Control l : {Control::List1, Control::list2, Control::list3})
+            QCOMPARE(w.currentRow(l), 0);
+        QCOMPARE(w.list(Control::list2)->height(), 274);
+        QCOMPARE(w.text(Control::lblError), u""_s);
+        QCOMPARE(w.text(Control::lblFileName), u""_s);
+        QVERIFY(w.isVisible());
+        QVERIFY(!w.mask().isEmpty());
+        QVERIFY(QTest::qWaitForWindowExposed(&w));
+        QTRY_COMPARE(QApplication::focusWidget(), w.control(Control::List1));
+    }
+
+    void rowTexts_data()
+    {
+        QTest::addColumn<QString>("map");
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<QStringList>("cells");
+        QTest::newRow("and 5 & 12") << ComposeBoolMapString(1, 2, 2, 5, 2, 12, AndMapping)
+                                    << u"Out 2\t 5\t&\t 12"_s
+                                    << QStringList{u"Out 2"_s, u" 5"_s, u"&"_s, u" 12"_s};
+        QTest::newRow("or 3 || 0") << ComposeBoolMapString(1, 2, 2, 3, 0, 0, OrMapping)
+                                   << u"Out 2\t 3\t||\t 0"_s
+                                   << QStringList{u"Out 2"_s, u" 3"_s, u"||"_s, u" 0"_s};
+        QTest::newRow("plain 7") << ComposeMapString(1, 2, 2, 7) << u"Out 2\t 7\t\t"_s
+                                 << QStringList{u"Out 2"_s, u" 7"_s, u""_s, u""_s};
+        QTest::newRow("unmapped") << u""_s << u"Out 2\t\t\t"_s
+                                  << QStringList{u"Out 2"_s, u""_s, u""_s, u""_s};
+    }
+    void rowTexts()
+    {
+        QFETCH(QString, map);
+        QFETCH(QString, text);
+        QFETCH(QStringList, cells);
+        Started s(studioIni(3, 12));
+        s.model.OutputMap[2] = map;
+        s.logic->lists().UpdateListBox1();
+        QCOMPARE(s.window->rowText(Control::List1, 1), text);
+        for (int c = 0; c < 4; ++c)
+            QCOMPARE(s.cell(Control::List1, 1, c), cells[c]);
+        QCOMPARE(s.window->rowText(Control::list2, 0), u"0\tUnassigned"_s);
+        QCOMPARE(s.cell(Control::list2, 12, 0), u"12"_s);
+        QCOMPARE(s.cell(Control::list2, 12, 1), u"In 12"_s);
+    }
+
+    void booleanLayoutByClick()
+    {
+        Started s(studioIni(3, 12));
+        MainWindow &w = *s.window;
+        auto *boolean = qobject_cast<QCheckBox *>(w.control(Control::Check3));
+        QTest::mouseClick(boolean, Qt::LeftButton);
+        QVERIFY(boolean->isChecked());
+        QCOMPARE(w.list(Control::list2)->height(), 130);
+        QVERIFY(!w.list(Control::list3)->isHidden());
+        QVERIFY(!w.button(Control::cmdBoolAnd)->isHidden());
+        QVERIFY(!w.button(Control::cmdBoolOr)->isHidden());
+        QCOMPARE(w.currentRow(Control::list2), 1);
+        QCOMPARE(w.currentRow(Control::list3), 1);
+        QCOMPARE(boolean->palette().color(QPalette::WindowText), QColor(255, 0, 0));
+
+        QTest::mouseClick(boolean, Qt::LeftButton);
+        QVERIFY(!boolean->isChecked());
+        QCOMPARE(w.list(Control::list2)->height(), 274);
+        QVERIFY(w.list(Control::list3)->isHidden());
+        QVERIFY(w.button(Control::cmdBoolAnd)->isHidden());
+        QCOMPARE(boolean->palette().color(QPalette::WindowText), QColor(0, 0, 0));
+    }
+
+    void enableControlsOnWidgets()
+    {
+        Started s(studioIni(3, 3));
+        MainWindow &w = *s.window;
+        s.logic->lists().EnableControls(false);
+        QVERIFY(w.control(Control::lblTallyOutputs)->isHidden());
+        QVERIFY(!w.control(Control::lblDownloading)->isHidden());
+        for (Control c : {Control::list2, Control::cmdMapIt, Control::txtInput, Control::cmdInit})
+            QVERIFY(!w.control(c)->isEnabled());
+        QVERIFY(w.control(Control::List1)->isEnabled());
+        QVERIFY(w.control(Control::cmdLoadMatrix)->isEnabled());
+        s.logic->lists().EnableControls(true);
+        for (Control c : {Control::list2, Control::cmdMapIt, Control::txtInput, Control::cmdInit})
+            QVERIFY(w.control(c)->isEnabled());
+        // Offline the test controls keep the disabled state they start in.
+        for (Control c : {Control::cmdTest, Control::chkTest, Control::cmdRefresh})
+            QVERIFY(!w.control(c)->isEnabled());
+    }
+
+    void fileMissing_data()
+    {
+        QTest::addColumn<QByteArray>("ini");
+        QTest::addColumn<int>("answer");
+        QTest::newRow("no file, OK") << QByteArray() << int(MessageResult::Ok);
+        QTest::newRow("no file, Cancel") << QByteArray() << int(MessageResult::Cancel);
+        QTest::newRow("no System, Cancel") << QByteArray("[Kestrel]\nOutput 1=A,1,1\n")
+                                           << int(MessageResult::Cancel);
+    }
+    void fileMissing()
+    {
+        QFETCH(QByteArray, ini);
+        QFETCH(int, answer);
+        Started s(ini, {MessageResult(answer)});
+        QVERIFY(!s.loaded);
+        QCOMPARE(s.boxes.size(), 1);
+        QCOMPARE(s.boxes[0].title, u"File Missing"_s);
+        QCOMPARE(s.boxes[0].text,
+                 u"Cannot locate Kestrel.ini file in program directory\r\nPlease aquire a "
+                 "Kestrel.ini file for this tally system and copy it into the program directory"_s);
+        QCOMPARE(s.boxes[0].buttons, MessageButtons::OkCancel);
+        QVERIFY(!s.window->isVisible());
+        QCOMPARE(s.window->rowCount(Control::List1), 0);
+    }
+
+    void tooManyOutputsToldOnce()
+    {
+        Started s(studioIni(1003, 2));
+        QVERIFY(s.loaded);
+        QCOMPARE(s.boxes.size(), 1);
+        QCOMPARE(s.boxes[0].title, u"Kestrel.ini"_s);
+        QVERIFY(s.boxes[0].text.contains(u"999"_s));
+        QVERIFY(s.boxes[0].text.contains(u"4 output entries"_s));
+        QCOMPARE(s.window->rowCount(Control::List1), 999);
+    }
+
+    void errorLabelClickClears()
+    {
+        Started s(studioIni(1, 1));
+        s.window->setText(Control::lblError, u"Comm Error!"_s);
+        QTest::mouseClick(s.window->control(Control::lblError), Qt::LeftButton);
+        QCOMPARE(s.window->text(Control::lblError), u""_s);
+    }
+
+    void closeButtonEndsAtOnce()
+    {
+        Started s(studioIni(1, 1));
+        int ended = 0;
+        int unloaded = 0;
+        s.window->setEndProcess([&] { ++ended; });
+        connect(s.window.get(), &MainWindow::unloading, this, [&] { ++unloaded; });
+        QTest::mouseClick(s.window->closeButton(), Qt::LeftButton);
+        QCOMPARE(ended, 1);
+        QCOMPARE(unloaded, 0); // nothing unloads on "X"
+    }
+
+    void desktopCloseUnloadsSecondaryWindows()
+    {
+        Started s(studioIni(1, 1));
+        QWidget advanced;
+        QWidget status;
+        s.window->registerWindow(Window::frmVerbose, &advanced);
+        s.window->registerWindow(Window::frmUnitBits, &status);
+        advanced.show();
+        status.show();
+        s.window->close();
+        QVERIFY(advanced.isHidden());
+        QVERIFY(status.isHidden());
+    }
+
+    void localSocketWhereNotX11()
+    {
+        // Off X11 a running copy holds a per-user socket; a second start finds it.
+        QTemporaryDir runtime;
+        qputenv("XDG_RUNTIME_DIR", QFile::encodeName(runtime.path()));
+        QFile::setPermissions(runtime.path(), QFileDevice::ReadOwner | QFileDevice::WriteOwner |
+                                                  QFileDevice::ExeOwner);
+        Dialogs dialogs;
+        QList<Dialogs::Request> boxes;
+        dialogs.setResponder([&](const Dialogs::Request &r) {
+            boxes << r;
+            return MessageResult::Ok;
+        });
+        {
+            StartUp first(dialogs);
+            QVERIFY(first.Form1_Load());
+            StartUp second(dialogs);
+            QVERIFY(!second.Form1_Load());
+            QCOMPARE(boxes.size(), 1);
+            QCOMPARE(boxes[0].title, u"Application Error"_s);
+        }
+        // The first copy has ended: the next start may run.
+        StartUp third(dialogs);
+        QVERIFY(third.Form1_Load());
+        QCOMPARE(boxes.size(), 1);
+    }
+
+    void minimiseGivesFocusToOutputs()
+    {
+        Started s(studioIni(2, 2));
+        QVERIFY(QTest::qWaitForWindowExposed(s.window.get()));
+        s.window->setFocus(Control::txtInput);
+        QTest::mouseClick(s.window->minimiseButton(), Qt::LeftButton);
+        QTRY_VERIFY(s.window->isMinimized());
+    }
+};
+
+QTEST_MAIN(TestMainWindow)
+#include "tst_mainwindow.moc"
