@@ -2,28 +2,24 @@
 
 #include "model/NumberText.h"
 
-namespace {
-
-QString compose(const MapFields &f)
+QString ComposeMapFields(const MapFields &fields)
 {
     QString s;
     s.reserve(40);
-    for (qint16 v : f)
+    for (qint16 v : fields)
         s += QLatin1Char('[') + QString::number(v) + QLatin1Char(']');
     return s;
 }
 
-} // namespace
-
 QString ComposeMapString(qint16 Ounit, qint16 Ochannel, qint16 IUnit, qint16 IChannel)
 {
-    return compose({Ounit, Ochannel, IUnit, IChannel, 1, 0, 0, PlainMapping});
+    return ComposeMapFields({Ounit, Ochannel, IUnit, IChannel, 1, 0, 0, PlainMapping});
 }
 
 QString ComposeBoolMapString(qint16 Ounit, qint16 Ochannel, qint16 IUnit, qint16 IChannel,
                              qint16 IUnitBool, qint16 IChannelBool, qint16 BoolType)
 {
-    return compose({Ounit, Ochannel, IUnit, IChannel, 1, IUnitBool, IChannelBool, BoolType});
+    return ComposeMapFields({Ounit, Ochannel, IUnit, IChannel, 1, IUnitBool, IChannelBool, BoolType});
 }
 
 MapFields ReadMapFields(QStringView text)

@@ -15,6 +15,8 @@ using MapFields = std::array<qint16, 8>;
 
 enum BoolMode : qint16 { PlainMapping = 0, AndMapping = 1, OrMapping = 2 };
 
+// Any eight fields, as written on the wire and in tally files (a hole is eight zeros).
+QString ComposeMapFields(const MapFields &fields);
 QString ComposeMapString(qint16 Ounit, qint16 Ochannel, qint16 IUnit, qint16 IChannel);
 QString ComposeBoolMapString(qint16 Ounit, qint16 Ochannel, qint16 IUnit, qint16 IChannel,
                              qint16 IUnitBool, qint16 IChannelBool, qint16 BoolType);

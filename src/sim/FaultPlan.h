@@ -1,0 +1,36 @@
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+#include <QStringView>
+
+#include <chrono>
+#include <random>
+
+// The faults an operator or a reliability test asks for. Several can act together; the only
+// source of randomness is the seeded generator, so a run can be repeated byte for byte.
+class FaultPlan
+{
+public:
+    // Adds one fault: "silent", "slow:MS", "cut", "garbage", "drop:N" or "hangup:N".
+    bool add(QStringView fault, QString *error);
+    void seed(quint32 seed) { m_random.seed(seed); }
+
+    // Commands are counted from 1 as they arrive, empty lines included.
+    bool drops(int command) const { return m_dropEvery > 0 && command % m_dropEvery == 0; }
+    bool hangsUpAfter(int command) const { return m_hangupAfter > 0 && command >= m_hangupAfter; }
+    bool answers() const { return !m_silent; }
+    std::chrono::milliseconds extraDelay() const { return m_slow; }
+
+    // The bytes that go on the wire instead of a complete reply (which ends with ".").
+    QByteArray disturb(QByteArray reply);
+
+private:
+    bool m_silent = false;
+    bool m_cut = false;
+    bool m_garbage = false;
+    std::chrono::milliseconds m_slow{0};
+    int m_dropEvery = 0;
+    int m_hangupAfter = 0;
+    std::mt19937 m_random{1};
+};
