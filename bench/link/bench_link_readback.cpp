@@ -1,0 +1,206 @@
+// The matrix read-back against kestrel-sim at 9600 bit/s, through the real serial port
+// adapter, command channel and read-back. Prints how close the read-back comes to the time
+// the line itself needs (the 400 ms start pause plus every byte that crossed it, both ways,
+// at 10 bits a character), and how much processor time it used meanwhile.
+//
+//   bench_link_readback [ROWS] [SIM]     ROWS 1..999 (default 999); SIM the kestrel-sim program
+
+#include "link/CommandChannel.h"
+#include "link/DeviceCommands.h"
+#include "link/QtSerialPortAdapter.h"
+#include "matrix/Clearing.h"
+#include "matrix/MapString.h"
+#include "matrix/MatrixLists.h"
+#include "matrix/ReadBack.h"
+#include "model/MainView.h"
+#include "model/SystemModel.h"
+
+#include <QCoreApplication>
+#include <QFile>
+#include <QHash>
+#include <QProcess>
+#include <QTemporaryDir>
+
+#include <chrono>
+#include <cstdio>
+
+#include <sys/resource.h>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr int Baud = 9600;
+constexpr double BitsPerCharacter = 10; // start, 8 data, stop
+
+// A window that draws nothing; it keeps only what the figures need and lets events run.
+class QuietView : public MainView
+{
+public:
+    void setText(Control c, const QString &t) override { m_text[c] = t; }
+    QString text(Control c) const override { return m_text.value(c); }
+    void setToolTip(Control, const QString &) override {}
+    void setEnabled(Control, bool) override {}
+    bool isEnabled(Control) const override { return true; }
+    void setVisible(Control, bool) override {}
+    bool isVisible(Control) const override { return true; }
+    void setBackColour(Control, Colour) override {}
+    void setForeColour(Control, Colour) override {}
+    void setChecked(Control, bool) override {}
+    bool isChecked(Control) const override { return false; }
+    void setHeightTwips(Control, int) override {}
+    void setFocus(Control) override {}
+    void selectAllText(Control) override {}
+    void repaintNow(Control) override {}
+    void setColumnWidths(Control, const QList<int> &) override {}
+    void clearRows(Control) override {}
+    void addRow(Control, const QString &) override {}
+    int rowCount(Control) const override { return 0; }
+    QString rowText(Control, int) const override { return {}; }
+    void setRowText(Control, int, const QString &) override {}
+    void setRowColour(Control, int, Colour) override {}
+    int currentRow(Control) const override { return -1; }
+    void setCurrentRow(Control, int) override {}
+    void showWindow(Window, bool) override {}
+    MessageResult messageBox(const QString &, const QString &, MessageButtons, MessageIcon,
+                             MessageResult defaultButton) override
+    {
+        return defaultButton;
+    }
+    QString chooseFile(FileDialog, const QString &, const QString &) override { return {}; }
+    void processEvents() override { QCoreApplication::processEvents(); }
+    void beep() override {}
+
+private:
+    QHash<Control, QString> m_text;
+};
+
+// Counts every byte that crosses the line through the adapter.
+class CountingPort : public SerialPort
+{
+public:
+    explicit CountingPort(SerialPort &port) : m_port(port) {}
+    qint64 out = 0;
+    qint64 in = 0;
+
+    void PortSetNumber(int n) override { m_port.PortSetNumber(n); }
+    void PortSetDevice(const QString &p) override { m_port.PortSetDevice(p); }
+    bool PortOpen() override { return m_port.PortOpen(); }
+    void PortClose() override { m_port.PortClose(); }
+    void PortWrite(const QByteArray &b) override
+    {
+        out += b.size();
+        m_port.PortWrite(b);
+    }
+    qint64 PortInCount() override { return m_port.PortInCount(); }
+    QByteArray PortRead(qint64 n) override
+    {
+        QByteArray b = m_port.PortRead(n);
+        in += b.size();
+        return b;
+    }
+    bool PortWaitForData(Duration limit) override { return m_port.PortWaitForData(limit); }
+    void setPortDataReceived(std::function<void()> h) override
+    {
+        m_port.setPortDataReceived(std::move(h));
+    }
+
+private:
+    SerialPort &m_port;
+};
+
+double cpuSeconds()
+{
+    rusage u{};
+    getrusage(RUSAGE_SELF, &u);
+    return double(u.ru_utime.tv_sec + u.ru_stime.tv_sec) +
+           double(u.ru_utime.tv_usec + u.ru_stime.tv_usec) / 1e6;
+}
+
+} // namespace
+
+int main(int argc, char *argv[])
+{
+    QCoreApplication app(argc, argv);
+    const QStringList args = app.arguments();
+    const int rows = args.size() > 1 ? std::clamp(args[1].toInt(), 1, MaxDeclared) : MaxDeclared;
+    const QString simPath = args.size() > 2 ? args[2] : QStringLiteral(KESTREL_SIM_PATH);
+
+    // 999 outputs at unit 1..10, channels 1..100; the table maps each to one of 32 inputs.
+    SystemModel model;
+    model.NumberOfOutputs = MaxDeclared;
+    for (int i = 1; i <= MaxDeclared; ++i) {
+        model.OutputUnit[i] = static_cast<qint16>(1 + (i - 1) / 100);
+        model.OutputChannel[i] = static_cast<qint16>(1 + (i - 1) % 100);
+    }
+    model.NumberOfInputs = 32;
+    for (int j = 1; j <= 32; ++j) {
+        model.InputUnit[j] = 20;
+        model.InputChannel[j] = static_cast<qint16>(j);
+    }
+    QTemporaryDir dir;
+    QFile table(dir.filePath(u"table.qvr"_s));
+    if (!dir.isValid() || !table.open(QIODevice::WriteOnly)) {
+        std::fprintf(stderr, "cannot write the table file\n");
+        return 1;
+    }
+    for (int r = 1; r <= rows; ++r)
+        table.write(ComposeMapString(model.OutputUnit[r], model.OutputChannel[r], 20,
+                                     static_cast<qint16>(1 + r % 32))
+                        .toLatin1() +
+                    "\r\n");
+    table.close();
+
+    QProcess sim;
+    sim.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+    sim.start(simPath, {u"--rows"_s, table.fileName(), u"--baud"_s, QString::number(Baud)});
+    if (!sim.waitForStarted(5000) || !sim.waitForReadyRead(5000)) {
+        std::fprintf(stderr, "kestrel-sim did not start: %s\n", qPrintable(simPath));
+        return 1;
+    }
+    const QString line = QString::fromLocal8Bit(sim.readLine()).trimmed();
+
+    QtSerialPortAdapter adapter;
+    adapter.PortSetDevice(line);
+    if (!adapter.PortOpen()) {
+        std::fprintf(stderr, "cannot open %s\n", qPrintable(line));
+        return 1;
+    }
+    CountingPort port(adapter);
+    QuietView view;
+    CommandChannel channel(model, view, port);
+    MatrixLists lists(model, view);
+    Clearing clearing(model, view);
+    DeviceCommands commands(model, view, channel, clearing, lists);
+    ReadBack readBack(model, view, channel, lists, clearing, commands);
+
+    const double cpu0 = cpuSeconds();
+    const auto t0 = std::chrono::steady_clock::now();
+    readBack.GetAllRawMappings();
+    const double wall =
+        std::chrono::duration<double>(std::chrono::steady_clock::now() - t0).count();
+    const double cpu = cpuSeconds() - cpu0;
+
+    const qint64 bytes = port.out + port.in;
+    const double wire = std::chrono::duration<double>(ReadBack::StartPause).count() +
+                        double(bytes) * BitsPerCharacter / Baud;
+    int filed = 0;
+    for (int i = 1; i <= model.NumberOfOutputs; ++i)
+        filed += model.OutputMap[i].isEmpty() ? 0 : 1;
+
+    std::printf("rows read        %d (filed under %d outputs; table of %d)\n", model.MapStrings,
+                filed, rows);
+    std::printf("bytes            %lld out, %lld in\n", static_cast<long long>(port.out),
+                static_cast<long long>(port.in));
+    std::printf("wall             %.3f s\n", wall);
+    std::printf("wire limit       %.3f s (0.4 s + bytes x %g bits / %d bit/s)\n", wire,
+                BitsPerCharacter, Baud);
+    std::printf("ratio            %.4f\n", wall / wire);
+    std::printf("CPU              %.3f s (%.2f %% of wall)\n", cpu, 100.0 * cpu / wall);
+    std::printf("lblError         \"%s\"\n", qPrintable(view.text(Control::lblError)));
+
+    adapter.PortClose();
+    sim.terminate();
+    sim.waitForFinished(3000);
+    return model.MapStrings == rows ? 0 : 1;
+}

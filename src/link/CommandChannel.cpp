@@ -1,0 +1,115 @@
+#include "link/CommandChannel.h"
+
+#include <QTime>
+
+using namespace Qt::StringLiterals;
+
+CommandChannel::CommandChannel(SystemModel &model, MainView &view, SerialPort &port,
+                               MonotonicClock clock)
+    : m_model(model), m_view(view), m_port(port), m_clock(std::move(clock))
+{
+    m_timer2.setSingleShot(true);
+    m_timer2.setInterval(TransmitLampTime);
+    QObject::connect(&m_timer2, &QTimer::timeout,
+                     [this] { m_view.setBackColour(Control::Shape1, Colours::Green); });
+    m_timer4.setSingleShot(true);
+    m_timer4.setInterval(ReceiveLampTime);
+    QObject::connect(&m_timer4, &QTimer::timeout,
+                     [this] { m_view.setBackColour(Control::Shape2, Colours::Green); });
+    m_port.setPortDataReceived([this] { ShowIncoming(); });
+}
+
+CommandChannel::~CommandChannel() { m_port.setPortDataReceived({}); }
+
+bool CommandChannel::SendCommand(const QString &CommandString)
+{
+    // The window is not redrawn while the thread waits below, so paint the lamp now.
+    m_view.setBackColour(Control::Shape1, Colours::Red);
+    m_view.repaintNow(Control::Shape1);
+    // Can only fire once the caller is back in the event loop: the lamp stays red at least
+    // for the whole exchange.
+    m_timer2.start();
+    m_view.setText(Control::lblError, QString());
+
+    FlushQueue();
+    m_port.PortWrite(CommandString.toLatin1() + "\r\n");
+    WaitForResponse();
+    m_model.Response = GetResponse(m_model.IBuffer);
+    const bool result = !m_model.IBuffer.isEmpty();
+
+    if (m_view.isChecked(Control::Check2)) {
+        ClearTxtIbuffer();
+        if (m_monitor)
+            m_monitor(QTime::currentTime().toString(u"hh:mm:ss"_s) + u"\r\n"_s + m_model.IBuffer);
+    }
+    return result;
+}
+
+void CommandChannel::WaitForResponse()
+{
+    using Clock = std::chrono::steady_clock;
+    const Clock::time_point t0 = m_clock();
+    m_view.setText(Control::lblError, QString());
+    QChar last;
+    for (;;) {
+        if (last == ReplyTerminator)
+            break;
+        // Block on the port rather than poll it; the wait ends just past the limit at most,
+        // and at once when a character is already waiting.
+        const Clock::duration elapsed = m_clock() - t0;
+        const Clock::duration left =
+            elapsed < ReplyLimit ? Clock::duration(ReplyLimit) - elapsed : Clock::duration::zero();
+        m_port.PortWaitForData(left + PastLimit);
+        // One character per pass, so that the terminator test looks at the last one only.
+        if (m_port.PortInCount() > 0) {
+            const QByteArray c = m_port.PortRead(1);
+            if (!c.isEmpty()) {
+                last = QLatin1Char(c.front());
+                m_model.IBuffer += last;
+            }
+        }
+        // After the read: a "." that comes in as the limit passes is still a time-out.
+        if (m_clock() - t0 > ReplyLimit) {
+            m_view.setText(Control::lblError, u"Comm Error!"_s);
+            m_view.repaintNow(Control::lblError);
+            m_view.beep();
+            break;
+        }
+    }
+}
+
+QString CommandChannel::GetResponse(const QString &StringInput)
+{
+    const qsizetype lf = StringInput.indexOf(QLatin1Char('\n'));
+    const qsizetype start = lf < 0 ? 0 : lf + 1;
+    const qsizetype end = StringInput.indexOf(QLatin1Char('\r'), start);
+    if (end > start)
+        return StringInput.mid(start, end - start);
+    return QString();
+}
+
+void CommandChannel::FlushQueue()
+{
+    m_model.IBuffer.clear();
+    // Leftovers of an earlier reply (what followed its ".") must not start this one.
+    while (m_port.PortInCount() > 0) {
+        if (m_port.PortRead(m_port.PortInCount()).isEmpty())
+            break;
+    }
+}
+
+void CommandChannel::ClearTxtIbuffer()
+{
+    if (m_monitor)
+        m_monitor(QString());
+}
+
+void CommandChannel::ShowIncoming()
+{
+    m_view.setBackColour(Control::Shape2, Colours::Red);
+    m_timer4.start();
+}
+
+void CommandChannel::cmdCancelDownload_Click() { m_model.DownloadActive = false; }
+
+void CommandChannel::setMonitor(Monitor monitor) { m_monitor = std::move(monitor); }

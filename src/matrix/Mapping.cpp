@@ -1,0 +1,128 @@
+#include "matrix/Mapping.h"
+
+#include "link/CommandChannel.h"
+#include "link/DeviceCommands.h"
+#include "matrix/MapString.h"
+#include "matrix/MatrixLists.h"
+#include "model/NumberText.h"
+
+Mapping::Mapping(SystemModel &model, MainView &view, CommandChannel &channel,
+                 DeviceCommands &device, MatrixLists &lists)
+    : m_model(model), m_view(view), m_channel(channel), m_device(device), m_lists(lists)
+{
+    m_timer3.setSingleShot(true);
+    m_timer3.setInterval(MapFlashTime);
+    QObject::connect(&m_timer3, &QTimer::timeout, [this] {
+        m_view.setBackColour(Control::cmdMapIt, Colours::ButtonFace);
+    });
+}
+
+void Mapping::flashMapButton()
+{
+    m_view.setBackColour(Control::cmdMapIt, Colours::Red);
+    m_view.repaintNow(Control::cmdMapIt);
+    m_timer3.start();
+}
+
+bool Mapping::composable(std::initializer_list<qint16> numbers)
+{
+    for (qint16 n : numbers) {
+        if (n < LowestNumber || n > HighestNumber) {
+            m_view.setText(Control::lblError, QStringLiteral("Not mapped: %1 is outside 0-999").arg(n));
+            return false;
+        }
+    }
+    return true;
+}
+
+bool Mapping::SetMapping(qint16 Ounit, qint16 Ochannel, qint16 IUnit, qint16 IChannel)
+{
+    flashMapButton();
+    const bool unmap = IUnit < 1;
+    // A number a map string cannot hold would come back as another output or input: refuse
+    // it before anything is sent, rather than let the list and the tally system disagree.
+    if (!composable({Ounit, Ochannel}) || (!unmap && !composable({IUnit, IChannel})))
+        return false;
+    if (m_model.Online) {
+        if (unmap) {
+            m_device.ResetOutput(Ounit, Ochannel);
+            const bool cleared = m_device.ClearMapping(Ounit, Ochannel);
+            m_model.CurrentMapstring.clear();
+            return cleared;
+        }
+        m_channel.SendCommand(QStringLiteral("Map") + NumberField(Ounit) + NumberField(Ochannel) +
+                              NumberField(IUnit) + NumberField(IChannel));
+    }
+    m_model.CurrentMapstring = unmap ? QString() : ComposeMapString(Ounit, Ochannel, IUnit, IChannel);
+    return true;
+}
+
+bool Mapping::SetBoolMapping(qint16 Ounit, qint16 Ochannel, qint16 IUnit, qint16 IChannel,
+                             qint16 IUnitBool, qint16 IChannelBool, qint16 BoolType)
+{
+    const QString keyword = BoolType == AndMapping ? QStringLiteral("AND") : QStringLiteral("OR");
+    flashMapButton();
+    const bool unmap = IUnit < 1;
+    if (!composable({Ounit, Ochannel}) ||
+        (!unmap && !composable({IUnit, IChannel, IUnitBool, IChannelBool})))
+        return false;
+    if (m_model.Online) {
+        if (unmap) {
+            m_device.ResetOutput(Ounit, Ochannel);
+            const bool cleared = m_device.ClearMapping(Ounit, Ochannel);
+            m_model.CurrentMapstring.clear();
+            return cleared;
+        }
+        m_channel.SendCommand(keyword + NumberField(Ounit) + NumberField(Ochannel) +
+                              NumberField(IUnitBool) + NumberField(IChannelBool));
+    }
+    m_model.CurrentMapstring =
+        unmap ? QString()
+              : ComposeBoolMapString(Ounit, Ochannel, IUnit, IChannel, IUnitBool, IChannelBool, BoolType);
+    return true;
+}
+
+int Mapping::selectedOutput() const
+{
+    const int i = m_view.currentRow(Control::List1) + 1;
+    return i >= 1 && i <= m_model.NumberOfOutputs ? i : 0;
+}
+
+int Mapping::selectedInput(Control list) const
+{
+    const int j = m_view.currentRow(list);
+    return j >= 0 && j <= m_model.NumberOfInputs ? j : -1;
+}
+
+void Mapping::recordMapping(int output)
+{
+    m_model.OutputMap[output] = m_model.CurrentMapstring;
+    m_lists.ShowMappingInList(output);
+    m_view.setText(Control::txtInput, QString::number(m_view.currentRow(Control::list2)));
+    m_view.setFocus(Control::List1);
+}
+
+void Mapping::MapCurrent()
+{
+    const int i = selectedOutput();
+    const int j = selectedInput(Control::list2);
+    if (i == 0 || j < 0)
+        return;
+    if (SetMapping(m_model.OutputUnit[i], m_model.OutputChannel[i], m_model.InputUnit[j],
+                   m_model.InputChannel[j]))
+        recordMapping(i);
+}
+
+void Mapping::MapBool(quint8 BoolOp)
+{
+    MapCurrent();
+    const int i = selectedOutput();
+    const int j = selectedInput(Control::list2);
+    const int k = selectedInput(Control::list3);
+    if (i != 0 && j >= 0 && k >= 0 &&
+        SetBoolMapping(m_model.OutputUnit[i], m_model.OutputChannel[i], m_model.InputUnit[j],
+                       m_model.InputChannel[j], m_model.InputUnit[k], m_model.InputChannel[k],
+                       BoolOp))
+        recordMapping(i);
+    m_lists.ScrollOutputList();
+}

@@ -1,0 +1,106 @@
+#include "matrix/ReadBack.h"
+
+#include "matrix/Lookup.h"
+#include "matrix/MapString.h"
+#include "model/NumberText.h"
+
+using namespace Qt::StringLiterals;
+
+ReadBack::ReadBack(SystemModel &model, MainView &view, CommandChannel &channel, MatrixLists &lists,
+                   Clearing &clearing, DeviceCommands &commands, Pause pause)
+    : m_model(model), m_view(view), m_channel(channel), m_lists(lists), m_clearing(clearing),
+      m_commands(commands), m_pause(std::move(pause))
+{
+}
+
+QString ReadBack::LimitText()
+{
+    return u"Read back stopped at row "_s + QString::number(LastRow) +
+           u"; any rows after it were not read"_s;
+}
+
+void ReadBack::GetMapping(qint16 Ounit, qint16 Ochannel)
+{
+    m_channel.SendCommand(u"GetMap"_s + NumberField(Ounit) + u" "_s + NumberField(Ochannel));
+    m_model.Response = CommandChannel::GetResponse(m_model.IBuffer);
+    ParseGetMap(m_model, m_model.Response);
+}
+
+QString ReadBack::GetRawMapping(qint16 Index)
+{
+    m_channel.SendCommand(u"RawMap"_s + NumberField(Index));
+    m_model.Response = CommandChannel::GetResponse(m_model.IBuffer);
+    if (m_model.Response.isEmpty())
+        return QString(); // RawMap and the register keep what they had
+    if (InTable(Index))
+        m_model.RawMap[Index] = m_model.Response;
+    ParseGetMap(m_model, m_model.Response);
+    return m_model.Response;
+}
+
+bool ReadBack::GetAllRawMappings()
+{
+    m_model.MapStrings = 0;
+    m_clearing.ClearLocalMaps();
+    int row = 1;
+    m_model.DownloadActive = true;
+    m_view.setText(Control::lblDownloading, QString());
+    m_lists.EnableControls(false);
+    m_view.setVisible(Control::cmdCancelDownload, true);
+    bool result = true;
+    bool full = false;
+    m_pause(StartPause);
+
+    while (m_model.DownloadActive) {
+        // Where a click on "Cancel" is served; this pass's row is still read.
+        m_view.processEvents();
+        if (row > LastRow) {
+            full = true;
+            result = false;
+            m_model.DownloadActive = false;
+            break;
+        }
+        const QString raw = GetRawMapping(static_cast<qint16>(row));
+        if (raw.isEmpty() || m_model.CurrentOutUnit == 0) {
+            result = false; // the end of the table
+            m_model.DownloadActive = false;
+            break;
+        }
+        m_view.setText(Control::lblDownloading, u"Downloading "_s + NumberField(row));
+        const int i = FindOutputMapping(m_model);
+        m_model.Z = FindInputSourceMapping(m_model);
+        // An undeclared output is filed at NumberOfOutputs + 1, which has no place when 999
+        // outputs are declared: the row then stays in RawMap only.
+        if (InTable(i)) {
+            m_model.OutputSource[i] = QString::number(m_model.Z);
+            m_model.OutputMap[i] = raw;
+        }
+        ++row;
+    }
+
+    m_lists.EnableControls(true);
+    m_view.setVisible(Control::cmdCancelDownload, false);
+    m_model.MapStrings = static_cast<qint16>(row - 1);
+    if (full)
+        m_view.setText(Control::lblError, LimitText());
+    return result;
+}
+
+void ReadBack::MapTableCompress()
+{
+    m_channel.SendCommand(u"Comp"_s);
+    m_model.Response = CommandChannel::GetResponse(m_model.IBuffer);
+}
+
+void ReadBack::SyncWithKestrel()
+{
+    GetAllRawMappings();
+    m_lists.UpdateListBox1();
+}
+
+void ReadBack::cmdRefresh_Click()
+{
+    m_commands.SystemRefresh();
+    SyncWithKestrel();
+    m_view.setFocus(Control::List1);
+}
