@@ -1,5 +1,6 @@
 #include "app/Configurator.h"
 #include "app/StartUp.h"
+#include "link/QtSerialPortAdapter.h"
 #include "ui/Dialogs.h"
 #include "ui/MainWindow.h"
 
@@ -18,9 +19,12 @@ int main(int argc, char *argv[])
         return 0;
 
     auto model = std::make_unique<SystemModel>();
+    QtSerialPortAdapter port;
     MainWindow window(dialogs);
-    Configurator configurator(*model, window);
+    Configurator configurator(*model, window, port);
     if (!configurator.Form_Load(QCoreApplication::applicationDirPath()))
         return 0;
-    return app.exec();
+    const int result = app.exec();
+    configurator.Form_Terminate();
+    return result;
 }

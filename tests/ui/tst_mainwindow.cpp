@@ -5,6 +5,7 @@
 #include "ui/MainWindow.h"
 #include "ui/TallyList.h"
 #include "ui/ProgramDir.h"
+#include "support/ScriptedPort.h"
 
 #include <QAbstractButton>
 #include <QApplication>
@@ -26,6 +27,7 @@ struct Started
     QList<Dialogs::Request> boxes;
     QList<MessageResult> answers;
     SystemModel model;
+    ScriptedPort port;
     std::unique_ptr<MainWindow> window;
     std::unique_ptr<Configurator> logic;
     bool loaded = false;
@@ -35,11 +37,19 @@ struct Started
     {
         dialogs.setResponder([this](const Dialogs::Request &r) {
             boxes << r;
-            return answers.isEmpty() ? r.defaultButton : answers.takeFirst();
+            if (!answers.isEmpty())
+                return answers.takeFirst();
+            return r.buttons == MessageButtons::YesNo ? MessageResult::No : r.defaultButton;
         });
+        // A tally system that answers everything and holds no mappings.
+        port.responder = [](const QByteArray &c) -> std::optional<ScriptedPort::Reply> {
+            if (c == "VER")
+                return ScriptedPort::answer(c, "KESTREL MAIN V2.14");
+            return ScriptedPort::answer(c, c.startsWith("RawMap") ? "" : "OK");
+        };
         ProgramDir dir(ini);
         window = std::make_unique<MainWindow>(dialogs);
-        logic = std::make_unique<Configurator>(model, *window);
+        logic = std::make_unique<Configurator>(model, *window, port);
         loaded = logic->Form_Load(dir.path());
     }
     // The text a list shows in one column of one row.
@@ -113,8 +123,11 @@ private slots:
         for (Control l : {Control::List1, Control::list2, Control::list3})
             QCOMPARE(w.currentRow(l), 0);
         QCOMPARE(w.list(Control::list2)->height(), 274);
-        QCOMPARE(w.text(Control::lblError), u""_s);
+        QCOMPARE(w.text(Control::lblError), u"MAIN V2"_s); // online: the tally system's version
         QCOMPARE(w.text(Control::lblFileName), u""_s);
+        QCOMPARE(w.text(Control::cmdOnline), u"Online"_s);
+        QCOMPARE(w.text(Control::lblOutUnit), u"1"_s); // the read-out names output 1 at once
+        QCOMPARE(w.text(Control::lblOutChannel), u"1"_s);
         QVERIFY(w.isVisible());
         QVERIFY(!w.mask().isEmpty());
         QVERIFY(QTest::qWaitForWindowExposed(&w));
@@ -190,9 +203,9 @@ private slots:
         s.logic->lists().EnableControls(true);
         for (Control c : {Control::list2, Control::cmdMapIt, Control::txtInput, Control::cmdInit})
             QVERIFY(w.control(c)->isEnabled());
-        // Offline the test controls keep the disabled state they start in.
+        // Online the test controls come back too.
         for (Control c : {Control::cmdTest, Control::chkTest, Control::cmdRefresh})
-            QVERIFY(!w.control(c)->isEnabled());
+            QVERIFY(w.control(c)->isEnabled());
     }
 
     void fileMissing_data()

@@ -4,6 +4,7 @@
 #include "ui/Dialogs.h"
 #include "ui/MainWindow.h"
 #include "ui/ProgramDir.h"
+#include "support/ScriptedPort.h"
 #include "ui/WindowOutline.h"
 
 #include <QFile>
@@ -78,8 +79,12 @@ private slots:
         ProgramDir dir(studioIni(4, 4));
         Dialogs dialogs;
         SystemModel model;
+        ScriptedPort port;
+        port.responder = [](const QByteArray &c) -> std::optional<ScriptedPort::Reply> {
+            return ScriptedPort::answer(c, c.startsWith("RawMap") ? "" : "OK");
+        };
         MainWindow window(dialogs);
-        Configurator logic(model, window);
+        Configurator logic(model, window, port);
         window.move(0, 0);
         QVERIFY(logic.Form_Load(dir.path()));
         QVERIFY(QTest::qWaitForWindowExposed(&window));
