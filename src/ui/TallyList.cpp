@@ -162,6 +162,12 @@ void TallyList::keyPressEvent(QKeyEvent *event)
         event->accept();
         return;
     }
+    // A table moves between columns on Home and End; in a list they mean first and last row.
+    if (event->key() == Qt::Key_Home || event->key() == Qt::Key_End) {
+        setCurrentRow(event->key() == Qt::Key_Home ? 0 : m_model->rowCount() - 1);
+        event->accept();
+        return;
+    }
     QTableView::keyPressEvent(event);
 }
 

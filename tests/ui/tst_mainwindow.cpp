@@ -12,6 +12,7 @@
 #include <QCheckBox>
 #include <QLabel>
 #include <QLineEdit>
+#include <QMouseEvent>
 #include <QTest>
 
 #include <memory>
@@ -303,6 +304,138 @@ private slots:
         StartUp third(dialogs);
         QVERIFY(third.Form1_Load());
         QCOMPARE(boxes.size(), 1);
+    }
+
+    void listKeys_data()
+    {
+        QTest::addColumn<int>("key");
+        QTest::addColumn<int>("modifiers");
+        QTest::addColumn<int>("inputRow"); // list2 after the key, from row 14
+        QTest::newRow("right") << int(Qt::Key_Right) << 0 << 15;
+        QTest::newRow("shift right") << int(Qt::Key_Right) << int(Qt::ShiftModifier) << 24;
+        QTest::newRow("ctrl right near the end") << int(Qt::Key_Right) << int(Qt::ControlModifier) << 25;
+        QTest::newRow("alt left") << int(Qt::Key_Left) << int(Qt::AltModifier) << 4;
+        QTest::newRow("delete") << int(Qt::Key_Delete) << 0 << 0;
+    }
+    void listKeys()
+    {
+        QFETCH(int, key);
+        QFETCH(int, modifiers);
+        QFETCH(int, inputRow);
+        Started s(studioIni(5, 25));
+        MainWindow &w = *s.window;
+        w.setCurrentRow(Control::list2, 14);
+        if (key == Qt::Key_Right && modifiers == Qt::ControlModifier)
+            w.setCurrentRow(Control::list2, 20);
+        TallyList *outputs = w.list(Control::List1);
+        QTest::keyClick(outputs, Qt::Key(key), Qt::KeyboardModifiers(modifiers));
+        QCOMPARE(w.currentRow(Control::list2), inputRow);
+        QCOMPARE(w.currentRow(Control::List1), 0); // the keys were swallowed
+        QCOMPARE(w.text(Control::lblInChannel), QString::number(inputRow));
+    }
+
+    void outputListKeepsItsOwnKeys()
+    {
+        Started s(studioIni(30, 3));
+        TallyList *outputs = s.window->list(Control::List1);
+        QTest::keyClick(outputs, Qt::Key_Down);
+        QCOMPARE(s.window->currentRow(Control::List1), 1);
+        QTest::keyClick(outputs, Qt::Key_End);
+        QCOMPARE(s.window->currentRow(Control::List1), 29);
+        QCOMPARE(s.window->text(Control::lblOutChannel), u"30"_s); // read-out follows on key up
+        QTest::keyClick(outputs, Qt::Key_Home);
+        QCOMPARE(s.window->currentRow(Control::List1), 0);
+    }
+
+    void entryArrowKeys_data()
+    {
+        QTest::addColumn<int>("from");
+        QTest::addColumn<int>("key");
+        QTest::addColumn<int>("modifiers");
+        QTest::addColumn<int>("to");
+        QTest::newRow("shift down") << 3 << int(Qt::Key_Down) << int(Qt::ShiftModifier) << 13;
+        QTest::newRow("shift down near the end") << 25 << int(Qt::Key_Down) << int(Qt::ShiftModifier) << 29;
+        QTest::newRow("ctrl up") << 7 << int(Qt::Key_Up) << int(Qt::ControlModifier) << 0;
+        QTest::newRow("up") << 7 << int(Qt::Key_Up) << 0 << 6;
+    }
+    void entryArrowKeys()
+    {
+        QFETCH(int, from);
+        QFETCH(int, key);
+        QFETCH(int, modifiers);
+        QFETCH(int, to);
+        Started s(studioIni(30, 3));
+        s.window->setCurrentRow(Control::List1, from);
+        QLineEdit *entry = s.window->entry();
+        entry->setFocus();
+        QTest::keyClick(entry, Qt::Key(key), Qt::KeyboardModifiers(modifiers));
+        QCOMPARE(s.window->currentRow(Control::List1), to);
+        QCOMPARE(s.window->text(Control::lblOutChannel), QString::number(to + 1));
+        QCOMPARE(entry->text(), u"0"_s);
+    }
+
+    void entryIgnoresSpaceAndDeleteAndKeepsThreeCharacters()
+    {
+        Started s(studioIni(3, 999));
+        QLineEdit *entry = s.window->entry();
+        entry->setFocus();
+        entry->selectAll();
+        QTest::keyClicks(entry, u"12 3"_s);
+        QTest::keyClick(entry, Qt::Key_Home);
+        QTest::keyClick(entry, Qt::Key_Delete);
+        QCOMPARE(entry->text(), u"123"_s);
+        QTest::keyClicks(entry, u"4"_s);
+        QCOMPARE(entry->text(), u"123"_s);
+        QTest::keyClick(entry, Qt::Key_End);
+        QTest::keyClick(entry, Qt::Key_Backspace);
+        QCOMPARE(entry->text(), u"12"_s);
+    }
+
+    void doubleClickOnAnInputMaps()
+    {
+        Started s(studioIni(3, 6));
+        TallyList *inputs = s.window->list(Control::list2);
+        const QRect row = inputs->visualRect(inputs->model()->index(4, 1));
+        QTest::mouseDClick(inputs->viewport(), Qt::LeftButton, {}, row.center());
+        QCOMPARE(s.port.commands.last(), QByteArray("Map 1 1 2 4"));
+        QCOMPARE(s.model.OutputMap[1], u"[1][1][2][4][1][0][0][0]"_s);
+        QCOMPARE(s.window->currentRow(Control::List1), 1);
+        QCOMPARE(QApplication::focusWidget(), s.window->control(Control::List1));
+    }
+
+    void testButtonHeldWithAnyMouseButton_data()
+    {
+        QTest::addColumn<int>("button");
+        QTest::newRow("left") << int(Qt::LeftButton);
+        QTest::newRow("right") << int(Qt::RightButton);
+    }
+    void testButtonHeldWithAnyMouseButton()
+    {
+        QFETCH(int, button);
+        Started s(studioIni(3, 3));
+        s.window->setCurrentRow(Control::List1, 2);
+        QWidget *test = s.window->control(Control::cmdTest);
+        const qsizetype before = s.port.commands.size();
+        QTest::mousePress(test, Qt::MouseButton(button));
+        QCOMPARE(s.port.commands.mid(before),
+                 (QList<QByteArray>{"GetMap 1  3", "mapdisab 1  3", "Set 1  3"}));
+        QVERIFY(s.model.OutputTestOn[3]);
+        QTest::mouseRelease(test, Qt::MouseButton(button));
+        QCOMPARE(s.port.commands.mid(before + 3), (QList<QByteArray>{"Res 1  3", "MapEnab 1  3"}));
+        QVERIFY(!s.model.OutputTestOn[3]);
+    }
+
+    void latchBoxTogglesOnlyThroughTheTest()
+    {
+        Started s(studioIni(3, 3));
+        auto *latch = s.window->button(Control::chkTest);
+        latch->setFocus();
+        QTest::keyClick(latch, Qt::Key_Space); // a check box's own key does nothing here
+        QVERIFY(!latch->isChecked());
+        QVERIFY(!s.model.OutputTestOn[1]);
+        QTest::keyClick(latch, Qt::Key_Return);
+        QVERIFY(latch->isChecked());
+        QVERIFY(s.model.OutputTestOn[1]);
     }
 
     void minimiseGivesFocusToOutputs()
