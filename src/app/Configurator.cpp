@@ -23,7 +23,9 @@ Configurator::Configurator(SystemModel &model, MainWindow &window, SerialPort &p
       m_test(model, window, m_channel, m_readBack),
       m_selection(model, window, m_lists, m_mapping, m_test),
       m_entry(model, window, m_lists, m_mapping, m_selection),
-      m_files(model, window, m_mapping, m_readBack, m_commands, m_clearing, m_lists)
+      m_files(model, window, m_mapping, m_readBack, m_commands, m_clearing, m_lists),
+      m_unitWindow(&window), m_unitStatus(model, window, m_unitWindow, m_channel, m_commands),
+      m_advanced(window, m_advancedWindow, m_channel)
 {
     wire();
 }
@@ -64,6 +66,22 @@ void Configurator::wire()
     connect(entry, &QLineEdit::textChanged, this, [this] { m_entry.txtInput_Change(); });
     for (Control c : {Control::txtInput, Control::cmdTest, Control::chkTest})
         m_window.control(c)->installEventFilter(this);
+
+    // The secondary windows: "Unit Status" and "Advanced" open them, their close boxes untick.
+    m_window.registerWindow(Window::frmUnitBits, &m_unitWindow);
+    m_window.registerWindow(Window::frmVerbose, &m_advancedWindow);
+    clicked(Control::Check1, [this] { m_unitStatus.Check1_Click(); });
+    clicked(Control::Check2, [this] { m_advanced.Check2_Click(); });
+    connect(m_unitWindow.closeButton(), &QAbstractButton::clicked, this,
+            [this] { m_unitStatus.cmdClose_Click(); });
+    connect(&m_unitWindow, &UnitStatusWindow::UpDown1Changed, this,
+            [this] { m_unitStatus.UpDown1_Change(); });
+    connect(&m_unitWindow, &UnitStatusWindow::unloading, this, [this] { m_unitStatus.Form_Unload(); });
+    connect(m_advancedWindow.sendButton(), &QAbstractButton::clicked, this,
+            [this] { m_advanced.cmdDirectCommand_Click(); });
+    connect(&m_advancedWindow, &AdvancedWindow::commandEntered, this,
+            [this] { m_advanced.txtDirectCommand_KeyPress(AdvancedConsole::EnterKey); });
+    connect(&m_advancedWindow, &AdvancedWindow::unloading, this, [this] { m_advanced.Form_Unload(); });
 
     connect(&m_window, &MainWindow::unloading, this, [this] { Form_Unload(); });
 }
@@ -179,6 +197,11 @@ bool Configurator::Form_Load(const QString &programDir)
 
 void Configurator::Form_Unload()
 {
+    // Unloading them as their close boxes would: the poll stops and the boxes are unticked.
+    if (m_window.isChecked(Control::Check2))
+        m_advanced.Form_Unload();
+    if (m_unitStatus.isLoaded())
+        m_unitStatus.Form_Unload();
     m_window.showWindow(Window::frmVerbose, false);
     m_window.showWindow(Window::frmUnitBits, false);
 }

@@ -2,8 +2,10 @@
 
 #include "files/TallyFiles.h"
 #include "link/CommandChannel.h"
+#include "link/AdvancedConsole.h"
 #include "link/Connection.h"
 #include "link/DeviceCommands.h"
+#include "link/UnitStatus.h"
 #include "matrix/Clearing.h"
 #include "matrix/KeyboardEntry.h"
 #include "matrix/Mapping.h"
@@ -12,6 +14,8 @@
 #include "matrix/ReadBack.h"
 #include "matrix/SelectionEvents.h"
 #include "model/SystemModel.h"
+#include "ui/AdvancedWindow.h"
+#include "ui/UnitStatusWindow.h"
 
 #include <QObject>
 #include <QString>
@@ -41,6 +45,8 @@ public:
     CommandChannel &channel() { return m_channel; }
     DeviceCommands &commands() { return m_commands; }
     ReadBack &readBack() { return m_readBack; }
+    UnitStatusWindow &unitStatusWindow() { return m_unitWindow; }
+    AdvancedWindow &advancedWindow() { return m_advancedWindow; }
 
 protected:
     // The entry box's keys and clicks, the test button's presses and the latch box.
@@ -63,4 +69,9 @@ private:
     SelectionEvents m_selection;
     KeyboardEntry m_entry;
     TallyFiles m_files;
+    // The secondary windows before the logic that uses them, so that the logic goes first.
+    UnitStatusWindow m_unitWindow;
+    AdvancedWindow m_advancedWindow;
+    UnitStatus m_unitStatus;
+    AdvancedConsole m_advanced;
 };

@@ -380,6 +380,9 @@ void MainWindow::setHeightTwips(Control c, int twips)
 
 void MainWindow::setFocus(Control c)
 {
+    // Focus on the panel means the panel, not a secondary window, is the one typed into.
+    if (isVisible() && !isActiveWindow())
+        activateWindow();
     if (QWidget *w = control(c))
         w->setFocus(Qt::OtherFocusReason);
 }
