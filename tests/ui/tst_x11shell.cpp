@@ -6,6 +6,12 @@
 #include "ui/ProgramDir.h"
 #include "support/ScriptedPort.h"
 #include "ui/WindowOutline.h"
+#include "ui/AdvancedWindow.h"
+#include "ui/UnitStatusWindow.h"
+
+#include <QAbstractButton>
+#include <QPlainTextEdit>
+#include <QTextEdit>
 
 #include <QFile>
 #include <QProcess>
@@ -101,6 +107,48 @@ private slots:
         for (QPoint inside : {QPoint(60, 300), QPoint(300, 90), QPoint(550, 300)})
             QVERIFY2(at(inside.x(), inside.y()) != QColor(Qt::black),
                      qPrintable(u"%1,%2"_s.arg(inside.x()).arg(inside.y())));
+    }
+
+    void secondaryWindowsOnTheDesktop()
+    {
+        ProgramDir dir(studioIni(6, 6));
+        Dialogs dialogs;
+        SystemModel model;
+        ScriptedPort port;
+        port.responder = [](const QByteArray &c) -> std::optional<ScriptedPort::Reply> {
+            if (c.startsWith("BITS"))
+                return ScriptedPort::answer(c, "10100000000000000000000000000001");
+            if (c == "VER")
+                return ScriptedPort::answer(c, "KESTREL MAIN V2.14");
+            return ScriptedPort::answer(c, c.startsWith("RawMap") ? "" : "OK");
+        };
+        MainWindow window(dialogs);
+        Configurator logic(model, window, port);
+        window.move(20, 20);
+        QVERIFY(logic.Form_Load(dir.path()));
+        QVERIFY(QTest::qWaitForWindowExposed(&window));
+
+        QTest::mouseClick(window.button(Control::Check1), Qt::LeftButton);
+        QTest::mouseClick(window.button(Control::Check2), Qt::LeftButton);
+        UnitStatusWindow &status = logic.unitStatusWindow();
+        QVERIFY(QTest::qWaitForWindowExposed(&status));
+        QVERIFY(QTest::qWaitForWindowExposed(&logic.advancedWindow()));
+        // Beside the panel's right edge, level with its top, on a real X server.
+        QTRY_COMPARE(status.geometry().topLeft(), window.geometry().topLeft() + QPoint(567, 30));
+        QTRY_VERIFY(status.isLampLit(1) && status.isLampLit(3) && status.isLampLit(32));
+        QVERIFY(!status.isLampLit(2));
+        QTRY_VERIFY(logic.advancedWindow().monitor()->toPlainText().contains(u"GSTAT"_s) ||
+                    logic.advancedWindow().monitor()->toPlainText().contains(u"BITS"_s));
+
+        // For a person to look at: KESTREL_SCREENSHOT_DIR=... keeps a picture of the desktop.
+        const QByteArray shots = qgetenv("KESTREL_SCREENSHOT_DIR");
+        if (!shots.isEmpty()) {
+            logic.advancedWindow().move(20, 620 - logic.advancedWindow().height());
+            QTest::qWait(500);
+            window.screen()->grabWindow(0).save(QString::fromLocal8Bit(shots) + u"/windows.png"_s);
+        }
+        QTest::mouseClick(window.button(Control::Check1), Qt::LeftButton);
+        QVERIFY(status.isHidden());
     }
 
     void scaledOutline()
