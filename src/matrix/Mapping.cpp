@@ -35,13 +35,14 @@ bool Mapping::composable(std::initializer_list<qint16> numbers)
     return true;
 }
 
-bool Mapping::SetMapping(qint16 Ounit, qint16 Ochannel, qint16 IUnit, qint16 IChannel)
+bool Mapping::apply(qint16 Ounit, qint16 Ochannel, bool unmap,
+                    std::initializer_list<qint16> inputs, const QString &command,
+                    const QString &mapString)
 {
     flashMapButton();
-    const bool unmap = IUnit < 1;
     // A number a map string cannot hold would come back as another output or input: refuse
     // it before anything is sent, rather than let the list and the tally system disagree.
-    if (!composable({Ounit, Ochannel}) || (!unmap && !composable({IUnit, IChannel})))
+    if (!composable({Ounit, Ochannel}) || (!unmap && !composable(inputs)))
         return false;
     if (m_model.Online) {
         if (unmap) {
@@ -50,36 +51,30 @@ bool Mapping::SetMapping(qint16 Ounit, qint16 Ochannel, qint16 IUnit, qint16 ICh
             m_model.CurrentMapstring.clear();
             return cleared;
         }
-        m_channel.SendCommand(QStringLiteral("Map") + NumberField(Ounit) + NumberField(Ochannel) +
-                              NumberField(IUnit) + NumberField(IChannel));
+        m_channel.SendCommand(command);
     }
-    m_model.CurrentMapstring = unmap ? QString() : ComposeMapString(Ounit, Ochannel, IUnit, IChannel);
+    m_model.CurrentMapstring = unmap ? QString() : mapString;
     return true;
+}
+
+bool Mapping::SetMapping(qint16 Ounit, qint16 Ochannel, qint16 IUnit, qint16 IChannel)
+{
+    return apply(Ounit, Ochannel, IUnit < 1, {IUnit, IChannel},
+                 QStringLiteral("Map") + NumberField(Ounit) + NumberField(Ochannel) +
+                     NumberField(IUnit) + NumberField(IChannel),
+                 ComposeMapString(Ounit, Ochannel, IUnit, IChannel));
 }
 
 bool Mapping::SetBoolMapping(qint16 Ounit, qint16 Ochannel, qint16 IUnit, qint16 IChannel,
                              qint16 IUnitBool, qint16 IChannelBool, qint16 BoolType)
 {
+    // The unmap test is on the first input; the second is then not sent at all.
     const QString keyword = BoolType == AndMapping ? QStringLiteral("AND") : QStringLiteral("OR");
-    flashMapButton();
-    const bool unmap = IUnit < 1;
-    if (!composable({Ounit, Ochannel}) ||
-        (!unmap && !composable({IUnit, IChannel, IUnitBool, IChannelBool})))
-        return false;
-    if (m_model.Online) {
-        if (unmap) {
-            m_device.ResetOutput(Ounit, Ochannel);
-            const bool cleared = m_device.ClearMapping(Ounit, Ochannel);
-            m_model.CurrentMapstring.clear();
-            return cleared;
-        }
-        m_channel.SendCommand(keyword + NumberField(Ounit) + NumberField(Ochannel) +
-                              NumberField(IUnitBool) + NumberField(IChannelBool));
-    }
-    m_model.CurrentMapstring =
-        unmap ? QString()
-              : ComposeBoolMapString(Ounit, Ochannel, IUnit, IChannel, IUnitBool, IChannelBool, BoolType);
-    return true;
+    return apply(Ounit, Ochannel, IUnit < 1, {IUnit, IChannel, IUnitBool, IChannelBool},
+                 keyword + NumberField(Ounit) + NumberField(Ochannel) + NumberField(IUnitBool) +
+                     NumberField(IChannelBool),
+                 ComposeBoolMapString(Ounit, Ochannel, IUnit, IChannel, IUnitBool, IChannelBool,
+                                      BoolType));
 }
 
 int Mapping::selectedOutput() const

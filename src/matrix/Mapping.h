@@ -6,6 +6,7 @@
 #include <QTimer>
 
 #include <chrono>
+#include <initializer_list>
 
 class CommandChannel;
 class DeviceCommands;
@@ -36,6 +37,10 @@ public:
     void MapBool(quint8 BoolOp);
 
 private:
+    // Both set operations: the flash, the number check, then online the unmap or the command;
+    // the map string is recorded when it stands.
+    bool apply(qint16 Ounit, qint16 Ochannel, bool unmap, std::initializer_list<qint16> inputs,
+               const QString &command, const QString &mapString);
     void flashMapButton();
     bool composable(std::initializer_list<qint16> numbers);
     // Output index of the selected List1 row and input index of a list's row; 0 / -1 when
