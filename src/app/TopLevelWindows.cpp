@@ -41,7 +41,8 @@ std::vector<xcb_window_t> windowList(xcb_connection_t *c, xcb_window_t root, xcb
 {
     const QByteArray bytes = property(c, root, list, XCB_ATOM_WINDOW);
     std::vector<xcb_window_t> windows(size_t(bytes.size()) / sizeof(xcb_window_t));
-    memcpy(windows.data(), bytes.constData(), windows.size() * sizeof(xcb_window_t));
+    if (!windows.empty()) // no window manager, no list: nothing to copy from
+        memcpy(windows.data(), bytes.constData(), windows.size() * sizeof(xcb_window_t));
     return windows;
 }
 
