@@ -4,6 +4,8 @@
 #include <QKeyEvent>
 #include <QScrollBar>
 
+#include <algorithm>
+
 TallyListModel::TallyListModel(int columns, QObject *parent)
     : QAbstractTableModel(parent), m_columns(columns)
 {
@@ -122,16 +124,24 @@ void TallyList::applyColumnWidths()
     int total = 0;
     for (int w : m_weights)
         total += w;
-    if (total <= 0)
+    const int columns = std::min<int>(m_weights.size(), m_model->columnCount());
+    if (total <= 0 || columns == 0)
         return;
+    // The widest column holds names; the others hold input numbers up to 999, which must
+    // never be cut to "...", so they get at least that width and the name column the rest.
+    const int nameColumn =
+        int(std::max_element(m_weights.begin(), m_weights.begin() + columns) - m_weights.begin());
+    const int numberWidth = fontMetrics().horizontalAdvance(QStringLiteral(" 999")) + 8;
     const int width = viewport()->width();
     int used = 0;
-    for (int c = 0; c < m_weights.size() && c < m_model->columnCount(); ++c) {
-        const bool last = c == m_weights.size() - 1;
-        const int w = last ? width - used : width * m_weights[c] / total;
+    for (int c = 0; c < columns; ++c) {
+        if (c == nameColumn)
+            continue;
+        const int w = std::max(width * m_weights[c] / total, numberWidth);
         setColumnWidth(c, w);
         used += w;
     }
+    setColumnWidth(nameColumn, std::max(width - used, 0));
 }
 
 void TallyList::resizeEvent(QResizeEvent *event)

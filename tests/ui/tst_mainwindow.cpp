@@ -167,6 +167,20 @@ private slots:
         QCOMPARE(s.cell(Control::list2, 12, 1), u"In 12"_s);
     }
 
+    void threeDigitInputsAreNotCut()
+    {
+        Started s(studioIni(3, 999));
+        TallyList *outputs = s.window->list(Control::List1);
+        QVERIFY(QTest::qWaitForWindowExposed(s.window.get()));
+        const QFontMetrics metrics(outputs->font());
+        for (int c : {1, 3})
+            QVERIFY2(outputs->columnWidth(c) > metrics.horizontalAdvance(u" 999"_s),
+                     qPrintable(QString::number(outputs->columnWidth(c))));
+        QVERIFY(outputs->columnWidth(0) > outputs->columnWidth(1) * 2); // names keep the most
+        TallyList *inputs = s.window->list(Control::list2);
+        QVERIFY(inputs->columnWidth(0) > metrics.horizontalAdvance(u"999"_s));
+    }
+
     void booleanLayoutByClick()
     {
         Started s(studioIni(3, 12));
