@@ -70,6 +70,8 @@ private slots:
         QTest::newRow("lone LF and CR") << QByteArray("[1]\n[2]\r[3]") << QStringList{u"[1]"_s, u"[2]"_s, u"[3]"_s};
         QTest::newRow("empty file") << QByteArray() << QStringList();
         QTest::newRow("unterminated quote") << QByteArray("\"[1]") << QStringList{u"[1]"_s};
+        QTest::newRow("stray quote ends at its line")
+            << QByteArray("\"[1]\r\n[2]\r\n") << QStringList{u"[1]"_s, u"[2]"_s};
     }
     void fields()
     {

@@ -36,10 +36,13 @@ QStringList TallyFile::fields(const QByteArray &bytes)
         }
         QByteArray field;
         if (p < n && bytes[p] == '"') {
-            const qsizetype close = bytes.indexOf('"', p + 1);
-            const qsizetype end = close < 0 ? n : close;
+            // The closing quote, or the line end when a stray quote has none: one bad line
+            // must not swallow the rest of the file.
+            qsizetype end = p + 1;
+            while (end < n && bytes[end] != '"' && !lineEnd(end))
+                ++end;
             field = bytes.mid(p + 1, end - p - 1);
-            p = end + 1;
+            p = end < n && bytes[end] == '"' ? end + 1 : end;
             while (p < n && bytes[p] != ',' && !lineEnd(p)) // text after the quotes is dropped
                 ++p;
         } else {
