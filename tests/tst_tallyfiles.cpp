@@ -72,6 +72,8 @@ private slots:
         QTest::newRow("unterminated quote") << QByteArray("\"[1]") << QStringList{u"[1]"_s};
         QTest::newRow("stray quote ends at its line")
             << QByteArray("\"[1]\r\n[2]\r\n") << QStringList{u"[1]"_s, u"[2]"_s};
+        QTest::newRow("blanks after the last line end") << QByteArray("[1]\r\n  ") << QStringList{u"[1]"_s};
+        QTest::newRow("blanks after a final comma") << QByteArray("[1], \t") << QStringList{u"[1]"_s};
     }
     void fields()
     {

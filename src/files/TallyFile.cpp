@@ -30,7 +30,9 @@ QStringList TallyFile::fields(const QByteArray &bytes)
     while (p < n) {
         while (p < n && (bytes[p] == ' ' || bytes[p] == '\t'))
             ++p;
-        if (p < n && lineEnd(p)) { // an empty line, or the end of a line after its last field
+        if (p == n) // blanks after the last field of a file without a final line end
+            break;
+        if (lineEnd(p)) { // an empty line, or the end of a line after its last field
             ++p;
             continue;
         }

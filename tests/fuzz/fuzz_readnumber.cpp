@@ -1,25 +1,157 @@
-// ReadNumber and its 16-bit store over any text: no crash, no undefined behaviour, and the
-// promises the callers rely on.
+// ReadNumber and its 16-bit store over any text, checked against the reading rule of
+// NumberText.h restated the plain way: take out the ignored characters first, match the longest
+// number at the start, and let the C library evaluate it. The input is read twice, as 8-bit
+// text (serial replies, tally files, old description files) and as UTF-16 (the entry box).
 #include "model/NumberText.h"
 
 #include <cmath>
 #include <cstdint>
+#include <cstdio>
 #include <cstdlib>
+#include <cstring>
+#include <string>
+
+namespace {
+
+[[noreturn]] void fail(const char *what, const std::string &text, double got, double want)
+{
+    std::fprintf(stderr, "%s: text \"%s\" read %a, expected %a\n", what, text.c_str(), got, want);
+    std::abort();
+}
+
+int radixDigit(char c, int radix)
+{
+    int v = -1;
+    if (c >= '0' && c <= '9')
+        v = c - '0';
+    else if (c >= 'a' && c <= 'f')
+        v = c - 'a' + 10;
+    else if (c >= 'A' && c <= 'F')
+        v = c - 'A' + 10;
+    return v < radix ? v : -1;
+}
+
+// Hexadecimal or octal digits as a hexadecimal float "0x...p0", which strtod rounds exactly.
+std::string hexFloat(const std::string &digits, int radix)
+{
+    if (radix == 16)
+        return "0x" + digits + "p0";
+    std::string bits;
+    for (char c : digits)
+        for (int b = 2; b >= 0; --b)
+            bits += ((radixDigit(c, 8) >> b) & 1) ? '1' : '0';
+    while (bits.size() % 4)
+        bits.insert(bits.begin(), '0');
+    std::string hex = "0x0";
+    for (std::size_t i = 0; i < bits.size(); i += 4)
+        hex += "0123456789abcdef"[std::stoi(bits.substr(i, 4), nullptr, 2)];
+    return hex + "p0";
+}
+
+// `plain` is the text with blanks, tabs and line feeds taken out; any character beyond ASCII
+// has been replaced by one that no number contains.
+void check(const std::string &plain, double got)
+{
+    std::size_t p = 0;
+    auto at = [&](std::size_t i) { return i < plain.size() ? plain[i] : '\0'; };
+    if (at(p) == '&') {
+        const char kind = at(p + 1);
+        const int radix = (kind == 'H' || kind == 'h') ? 16 : (kind == 'O' || kind == 'o') ? 8 : 0;
+        if (radix == 0) {
+            if (got != 0 || std::signbit(got))
+                fail("'&' without H or O", plain, got, 0);
+            return;
+        }
+        std::string digits;
+        for (p += 2; radixDigit(at(p), radix) >= 0; ++p)
+            digits += at(p);
+        const double want =
+            digits.empty() ? 0.0 : std::strtod(hexFloat(digits, radix).c_str(), nullptr);
+        // Digit by digit in a double: exact up to 2^53, within a few units in the last place
+        // beyond (multiplying by 16 or 8 is exact, each added digit rounds once).
+        if (want < 0x1p53 || std::isinf(want)) {
+            if (got != want && !(std::isinf(want) && got >= 0x1p1023))
+                fail("hexadecimal or octal", plain, got, want);
+        } else if (std::isinf(got) ? want < 0x1p1023 : std::fabs(got - want) > want * 0x1p-50) {
+            fail("hexadecimal or octal", plain, got, want);
+        }
+        return;
+    }
+
+    std::string number;
+    bool negative = false;
+    if (at(p) == '+' || at(p) == '-')
+        negative = plain[p++] == '-';
+    bool mantissa = false;
+    for (; at(p) >= '0' && at(p) <= '9'; ++p, mantissa = true)
+        number += plain[p];
+    if (at(p) == '.') {
+        number += plain[p++];
+        for (; at(p) >= '0' && at(p) <= '9'; ++p, mantissa = true)
+            number += plain[p];
+    }
+    if (!mantissa) {
+        if (got != 0 || std::signbit(got))
+            fail("no number", plain, got, 0);
+        return;
+    }
+    if (at(p) == 'e' || at(p) == 'E') {
+        std::size_t q = p + 1;
+        std::string exponent = "e";
+        if (at(q) == '+' || at(q) == '-')
+            exponent += plain[q++];
+        const std::size_t digitsFrom = q;
+        while (at(q) >= '0' && at(q) <= '9')
+            exponent += plain[q++];
+        if (q > digitsFrom) // "e" without digits is not part of the number
+            number += exponent;
+    }
+    // strtod rounds exactly; this process never leaves the C locale.
+    double want = std::strtod(number.c_str(), nullptr);
+    if (negative)
+        want = -want;
+    if (!(got == want && std::signbit(got) == std::signbit(want)))
+        fail("decimal", plain, got, want);
+}
+
+void checkInt16(double v)
+{
+    const std::optional<qint16> n = ToInt16(v);
+    // Nearest integer, ties to even, kept when it lies in -32768..32767.
+    const bool fits = std::isfinite(v) && v >= -32768.5 && v < 32767.5;
+    if (n.has_value() != fits)
+        fail("ToInt16 range", "", v, fits);
+    if (n) {
+        const double d = double(*n) - v;
+        if (std::fabs(d) > 0.5 || (std::fabs(d) == 0.5 && (*n % 2) != 0))
+            fail("ToInt16 rounding", "", double(*n), v);
+    }
+}
+
+void readBoth(const QString &text)
+{
+    std::string plain;
+    plain.reserve(std::size_t(text.size()));
+    for (QChar c : text) {
+        const char16_t u = c.unicode();
+        if (u == u' ' || u == u'\t' || u == u'\n')
+            continue;
+        plain += (u >= 0x20 && u < 0x7f) ? char(u) : '~';
+    }
+    const double v = ReadNumber(text);
+    check(plain, v);
+    checkInt16(v);
+    if (ReadInt16(text, -7) != ToInt16(v).value_or(-7))
+        fail("ReadInt16", plain, ReadInt16(text, -7), v);
+}
+
+} // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
-    const QString text = QString::fromLatin1(reinterpret_cast<const char *>(data), qsizetype(size));
-    const double v = ReadNumber(text);
-    if (std::isnan(v))
-        std::abort(); // a number read from text is never NaN
-    if (const auto n = ToInt16(v); n && std::fabs(double(*n) - v) > 0.5)
-        std::abort(); // the stored value is the nearest integer
-    // Blanks, tabs and line feeds never change what is read.
-    QString spaced;
-    for (QChar c : text)
-        spaced += c + QLatin1Char(' ');
-    const double w = ReadNumber(spaced);
-    if (!(w == v || (std::isinf(v) && std::isinf(w))))
-        std::abort();
+    readBoth(QString::fromLatin1(reinterpret_cast<const char *>(data), qsizetype(size)));
+    QString utf16(qsizetype(size / 2), Qt::Uninitialized);
+    std::memcpy(utf16.data(), data, size / 2 * 2);
+    readBoth(utf16);
     return 0;
 }
