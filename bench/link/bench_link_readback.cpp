@@ -14,110 +14,17 @@
 #include "matrix/ReadBack.h"
 #include "model/MainView.h"
 #include "model/SystemModel.h"
+#include "support/LineBench.h"
 
 #include <QCoreApplication>
 #include <QFile>
-#include <QHash>
 #include <QProcess>
 #include <QTemporaryDir>
 
 #include <chrono>
 #include <cstdio>
 
-#include <sys/resource.h>
-
 using namespace Qt::StringLiterals;
-
-namespace {
-
-constexpr int Baud = 9600;
-constexpr double BitsPerCharacter = 10; // start, 8 data, stop
-
-// A window that draws nothing; it keeps only what the figures need and lets events run.
-class QuietView : public MainView
-{
-public:
-    void setText(Control c, const QString &t) override { m_text[c] = t; }
-    QString text(Control c) const override { return m_text.value(c); }
-    void setToolTip(Control, const QString &) override {}
-    void setEnabled(Control, bool) override {}
-    bool isEnabled(Control) const override { return true; }
-    void setVisible(Control, bool) override {}
-    bool isVisible(Control) const override { return true; }
-    void setBackColour(Control, Colour) override {}
-    void setForeColour(Control, Colour) override {}
-    void setChecked(Control, bool) override {}
-    bool isChecked(Control) const override { return false; }
-    void setHeightTwips(Control, int) override {}
-    void setFocus(Control) override {}
-    void selectAllText(Control) override {}
-    void repaintNow(Control) override {}
-    void setColumnWidths(Control, const QList<int> &) override {}
-    void clearRows(Control) override {}
-    void addRow(Control, const QString &) override {}
-    int rowCount(Control) const override { return 0; }
-    QString rowText(Control, int) const override { return {}; }
-    void setRowText(Control, int, const QString &) override {}
-    void setRowColour(Control, int, Colour) override {}
-    int currentRow(Control) const override { return -1; }
-    void setCurrentRow(Control, int) override {}
-    void showWindow(Window, bool) override {}
-    MessageResult messageBox(const QString &, const QString &, MessageButtons, MessageIcon,
-                             MessageResult defaultButton) override
-    {
-        return defaultButton;
-    }
-    QString chooseFile(FileDialog, const QString &, const QString &) override { return {}; }
-    void processEvents() override { QCoreApplication::processEvents(); }
-    void beep() override {}
-
-private:
-    QHash<Control, QString> m_text;
-};
-
-// Counts every byte that crosses the line through the adapter.
-class CountingPort : public SerialPort
-{
-public:
-    explicit CountingPort(SerialPort &port) : m_port(port) {}
-    qint64 out = 0;
-    qint64 in = 0;
-
-    void PortSetNumber(int n) override { m_port.PortSetNumber(n); }
-    void PortSetDevice(const QString &p) override { m_port.PortSetDevice(p); }
-    bool PortOpen() override { return m_port.PortOpen(); }
-    void PortClose() override { m_port.PortClose(); }
-    void PortWrite(const QByteArray &b) override
-    {
-        out += b.size();
-        m_port.PortWrite(b);
-    }
-    qint64 PortInCount() override { return m_port.PortInCount(); }
-    QByteArray PortRead(qint64 n) override
-    {
-        QByteArray b = m_port.PortRead(n);
-        in += b.size();
-        return b;
-    }
-    bool PortWaitForData(Duration limit) override { return m_port.PortWaitForData(limit); }
-    void setPortDataReceived(std::function<void()> h) override
-    {
-        m_port.setPortDataReceived(std::move(h));
-    }
-
-private:
-    SerialPort &m_port;
-};
-
-double cpuSeconds()
-{
-    rusage u{};
-    getrusage(RUSAGE_SELF, &u);
-    return double(u.ru_utime.tv_sec + u.ru_stime.tv_sec) +
-           double(u.ru_utime.tv_usec + u.ru_stime.tv_usec) / 1e6;
-}
-
-} // namespace
 
 int main(int argc, char *argv[])
 {
@@ -181,7 +88,7 @@ int main(int argc, char *argv[])
         std::chrono::duration<double>(std::chrono::steady_clock::now() - t0).count();
     const double cpu = cpuSeconds() - cpu0;
 
-    const qint64 bytes = port.out + port.in;
+    const qint64 bytes = port.out.size() + port.in.size();
     const double wire = std::chrono::duration<double>(ReadBack::StartPause).count() +
                         double(bytes) * BitsPerCharacter / Baud;
     int filed = 0;
@@ -190,8 +97,8 @@ int main(int argc, char *argv[])
 
     std::printf("rows read        %d (filed under %d outputs; table of %d)\n", model.MapStrings,
                 filed, rows);
-    std::printf("bytes            %lld out, %lld in\n", static_cast<long long>(port.out),
-                static_cast<long long>(port.in));
+    std::printf("bytes            %lld out, %lld in\n", static_cast<long long>(port.out.size()),
+                static_cast<long long>(port.in.size()));
     std::printf("wall             %.3f s\n", wall);
     std::printf("wire limit       %.3f s (0.4 s + bytes x %g bits / %d bit/s)\n", wire,
                 BitsPerCharacter, Baud);

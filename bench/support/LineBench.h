@@ -1,0 +1,105 @@
+#pragma once
+
+// What the benchmarks over the serial line share: a window that draws nothing, a port that
+// keeps every byte crossing the line, and the process's processor time.
+
+#include "link/SerialPort.h"
+#include "model/MainView.h"
+
+#include <QCoreApplication>
+#include <QHash>
+#include <QStringList>
+
+#include <sys/resource.h>
+
+// The line the benchmarks run at, and what a character costs on it.
+constexpr int Baud = 9600;
+constexpr double BitsPerCharacter = 10; // start, 8 data, stop
+
+// A window that draws nothing; it keeps only what the figures need and lets events run.
+class QuietView : public MainView
+{
+public:
+    void setText(Control c, const QString &t) override { m_text[c] = t; }
+    QString text(Control c) const override { return m_text.value(c); }
+    void setToolTip(Control, const QString &) override {}
+    void setEnabled(Control, bool) override {}
+    bool isEnabled(Control) const override { return true; }
+    void setVisible(Control, bool) override {}
+    bool isVisible(Control) const override { return true; }
+    void setBackColour(Control, Colour) override {}
+    void setForeColour(Control, Colour) override {}
+    void setChecked(Control, bool) override {}
+    bool isChecked(Control) const override { return false; }
+    void setHeightTwips(Control, int) override {}
+    void setFocus(Control) override {}
+    void selectAllText(Control) override {}
+    void repaintNow(Control) override {}
+    void setColumnWidths(Control, const QList<int> &) override {}
+    void clearRows(Control) override {}
+    void addRow(Control, const QString &) override {}
+    int rowCount(Control) const override { return 0; }
+    QString rowText(Control, int) const override { return {}; }
+    void setRowText(Control, int, const QString &) override {}
+    void setRowColour(Control, int, Colour) override {}
+    int currentRow(Control) const override { return -1; }
+    void setCurrentRow(Control, int) override {}
+    void showWindow(Window, bool) override {}
+    MessageResult messageBox(const QString &text, const QString &title, MessageButtons,
+                             MessageIcon, MessageResult defaultButton) override
+    {
+        boxes << title + QStringLiteral(": ") + text;
+        return defaultButton;
+    }
+    QString chooseFile(FileDialog, const QString &, const QString &) override { return {}; }
+    void processEvents() override { QCoreApplication::processEvents(); }
+    void beep() override {}
+
+    QStringList boxes; // "title: text" of every message box, which a clean run has none of
+
+private:
+    QHash<Control, QString> m_text;
+};
+
+// Counts, and keeps, every byte that crosses the line through the adapter.
+class CountingPort : public SerialPort
+{
+public:
+    explicit CountingPort(SerialPort &port) : m_port(port) {}
+    QByteArray out;
+    QByteArray in;
+
+    void PortSetNumber(int n) override { m_port.PortSetNumber(n); }
+    void PortSetDevice(const QString &p) override { m_port.PortSetDevice(p); }
+    bool PortOpen() override { return m_port.PortOpen(); }
+    void PortClose() override { m_port.PortClose(); }
+    void PortWrite(const QByteArray &b) override
+    {
+        out += b;
+        m_port.PortWrite(b);
+    }
+    qint64 PortInCount() override { return m_port.PortInCount(); }
+    QByteArray PortRead(qint64 n) override
+    {
+        QByteArray b = m_port.PortRead(n);
+        in += b;
+        return b;
+    }
+    bool PortWaitForData(Duration limit) override { return m_port.PortWaitForData(limit); }
+    void setPortDataReceived(std::function<void()> h) override
+    {
+        m_port.setPortDataReceived(std::move(h));
+    }
+
+private:
+    SerialPort &m_port;
+};
+
+// User and system time of this process so far, in seconds.
+inline double cpuSeconds()
+{
+    rusage u{};
+    getrusage(RUSAGE_SELF, &u);
+    return double(u.ru_utime.tv_sec + u.ru_stime.tv_sec) +
+           double(u.ru_utime.tv_usec + u.ru_stime.tv_usec) / 1e6;
+}
