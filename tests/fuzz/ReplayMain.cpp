@@ -21,7 +21,10 @@ bool replay(const std::filesystem::path &file)
     }
     const std::vector<char> bytes{std::istreambuf_iterator<char>(in), {}};
     std::fprintf(stderr, "%s\n", file.c_str()); // names the input that aborts, if one does
-    LLVMFuzzerTestOneInput(reinterpret_cast<const uint8_t *>(bytes.data()), bytes.size());
+    // Like libFuzzer, never a null pointer, even for an empty file.
+    static const uint8_t none = 0;
+    LLVMFuzzerTestOneInput(
+        bytes.empty() ? &none : reinterpret_cast<const uint8_t *>(bytes.data()), bytes.size());
     return true;
 }
 

@@ -81,6 +81,8 @@ class TestFaults : public QObject
 {
     Q_OBJECT
 private slots:
+    // CTest runs these rows a fault at a time, naming them (tests/ui/CMakeLists.txt): a fault
+    // or an operation added here is added there too.
     void matrix_data()
     {
         QTest::addColumn<QString>("fault");
