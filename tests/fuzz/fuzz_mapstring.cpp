@@ -1,6 +1,7 @@
 // The map string reader over any text (replies of the tally system, lines of tally files):
 // ReadMapFields against its rule restated, ParseGetMap into the model's register, and composing
 // eight numbers taken from the input and reading them back.
+#include "fuzz/FuzzText.h"
 #include "matrix/MapString.h"
 #include "model/NumberText.h"
 
@@ -83,10 +84,8 @@ void composeAndRead(const uint8_t *data, size_t size)
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
-    readText(QString::fromLatin1(reinterpret_cast<const char *>(data), qsizetype(size)));
-    QString utf16(qsizetype(size / 2), Qt::Uninitialized);
-    std::memcpy(utf16.data(), data, size / 2 * 2);
-    readText(utf16);
+    readText(latin1Text(data, size));
+    readText(utf16Text(data, size));
     composeAndRead(data, size);
     return 0;
 }

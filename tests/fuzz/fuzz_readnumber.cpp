@@ -2,13 +2,13 @@
 // NumberText.h restated the plain way: take out the ignored characters first, match the longest
 // number at the start, and let the C library evaluate it. The input is read twice, as 8-bit
 // text (serial replies, tally files, old description files) and as UTF-16 (the entry box).
+#include "fuzz/FuzzText.h"
 #include "model/NumberText.h"
 
 #include <cmath>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <string>
 
 namespace {
@@ -149,9 +149,7 @@ void readBoth(const QString &text)
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
-    readBoth(QString::fromLatin1(reinterpret_cast<const char *>(data), qsizetype(size)));
-    QString utf16(qsizetype(size / 2), Qt::Uninitialized);
-    std::memcpy(utf16.data(), data, size / 2 * 2);
-    readBoth(utf16);
+    readBoth(latin1Text(data, size));
+    readBoth(utf16Text(data, size));
     return 0;
 }
