@@ -87,6 +87,8 @@ struct Run
     qint64 out = 0;
     qint64 in = 0;
     int commands = 0;
+    double turns = 0;       // the configurator's own time between a reply and the next command
+    double longestTurn = 0; // the longest of those, in seconds
 };
 
 // One load into a freshly started simulator; false (with the reason printed) when the load
@@ -128,8 +130,7 @@ bool loadOnce(const QString &simPath, const QString &file, const QStringList &li
         std::fprintf(stderr, "kestrel-sim did not answer the probe\n");
         return false;
     }
-    port.out.clear();
-    port.in.clear();
+    port.reset();
     QThread::msleep(200); // the probe's last bytes are long gone from the line
     const int loggedBefore = [&] {
         QFile f(log);
@@ -145,6 +146,8 @@ bool loadOnce(const QString &simPath, const QString &file, const QStringList &li
     run->in = port.in.size();
     run->wire = double(run->out + run->in) * BitsPerCharacter / Baud;
     run->commands = int(port.out.count("\r\n"));
+    run->turns = std::chrono::duration<double>(port.turnaround).count();
+    run->longestTurn = std::chrono::duration<double>(port.longestTurn).count();
 
     bool ok = loaded && view.boxes.isEmpty();
     if (!ok)
@@ -215,8 +218,11 @@ int main(int argc, char *argv[])
         if (!loadOnce(simPath, file.fileName(), lines, dir.path(), &run))
             return 1;
         done.push_back(run);
-        std::printf("run %d            wall %.3f s, wire limit %.3f s, ratio %.4f\n", r + 1,
-                    run.wall, run.wire, run.wall / run.wire);
+        std::printf("run %d            wall %.3f s, wire limit %.3f s, ratio %.4f; own turnaround "
+                    "%.1f us a command (longest %.0f us), %.2f %% of the wire limit\n",
+                    r + 1, run.wall, run.wire, run.wall / run.wire,
+                    1e6 * run.turns / std::max(1, run.commands - 1), 1e6 * run.longestTurn,
+                    100.0 * run.turns / run.wire);
         std::fflush(stdout);
     }
     std::vector<double> ratios;

@@ -26,6 +26,13 @@
 
 using namespace Qt::StringLiterals;
 
+namespace {
+
+constexpr double TargetRatio = 1.01;
+constexpr double TargetCpuShare = 1.0; // per cent of the wall time
+
+} // namespace
+
 int main(int argc, char *argv[])
 {
     QCoreApplication app(argc, argv);
@@ -102,8 +109,13 @@ int main(int argc, char *argv[])
     std::printf("wall             %.3f s\n", wall);
     std::printf("wire limit       %.3f s (0.4 s + bytes x %g bits / %d bit/s)\n", wire,
                 BitsPerCharacter, Baud);
-    std::printf("ratio            %.4f\n", wall / wire);
-    std::printf("CPU              %.3f s (%.2f %% of wall)\n", cpu, 100.0 * cpu / wall);
+    const double ratio = wall / wire;
+    const double cpuShare = 100.0 * cpu / wall;
+    std::printf("ratio            %.4f   (target <= %.2f: %s)\n", ratio, TargetRatio,
+                ratio <= TargetRatio ? "met" : "MISSED");
+    std::printf("CPU              %.3f s (%.2f %% of wall)   (target <= %.0f %%: %s)\n", cpu,
+                cpuShare, TargetCpuShare, cpuShare <= TargetCpuShare ? "met" : "MISSED");
+    port.printTurns(wire);
     std::printf("lblError         \"%s\"\n", qPrintable(view.text(Control::lblError)));
 
     adapter.PortClose();

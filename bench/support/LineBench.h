@@ -10,6 +10,11 @@
 #include <QHash>
 #include <QStringList>
 
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <optional>
+
 #include <sys/resource.h>
 
 // The line the benchmarks run at, and what a character costs on it.
@@ -61,13 +66,29 @@ private:
     QHash<Control, QString> m_text;
 };
 
-// Counts, and keeps, every byte that crosses the line through the adapter.
+// Counts, and keeps, every byte that crosses the line through the adapter, and times the
+// configurator's own turn between a reply's last character read and the next command written:
+// the part of each exchange that is neither the line nor waiting to be woken.
 class CountingPort : public SerialPort
 {
 public:
+    using Clock = std::chrono::steady_clock;
+
     explicit CountingPort(SerialPort &port) : m_port(port) {}
     QByteArray out;
     QByteArray in;
+    Clock::duration turnaround{};
+    Clock::duration longestTurn{};
+    int turns = 0;
+
+    void reset()
+    {
+        out.clear();
+        in.clear();
+        turnaround = longestTurn = {};
+        turns = 0;
+        m_replyEnded.reset();
+    }
 
     void PortSetNumber(int n) override { m_port.PortSetNumber(n); }
     void PortSetDevice(const QString &p) override { m_port.PortSetDevice(p); }
@@ -75,6 +96,13 @@ public:
     void PortClose() override { m_port.PortClose(); }
     void PortWrite(const QByteArray &b) override
     {
+        if (m_replyEnded) {
+            const Clock::duration turn = Clock::now() - *m_replyEnded;
+            turnaround += turn;
+            longestTurn = std::max(longestTurn, turn);
+            ++turns;
+            m_replyEnded.reset();
+        }
         out += b;
         m_port.PortWrite(b);
     }
@@ -83,6 +111,8 @@ public:
     {
         QByteArray b = m_port.PortRead(n);
         in += b;
+        if (b.endsWith('.'))
+            m_replyEnded = Clock::now();
         return b;
     }
     bool PortWaitForData(Duration limit) override { return m_port.PortWaitForData(limit); }
@@ -91,8 +121,20 @@ public:
         m_port.setPortDataReceived(std::move(h));
     }
 
+    // One line of figures on the turns, beside the line time `wire` in seconds.
+    void printTurns(double wire) const
+    {
+        const double total = std::chrono::duration<double>(turnaround).count();
+        std::printf("own turnaround   %.1f us a command on average, longest %.1f us, %.3f s in "
+                    "all (%.2f %% of the wire limit)\n",
+                    turns ? 1e6 * total / turns : 0.0,
+                    1e6 * std::chrono::duration<double>(longestTurn).count(), total,
+                    100.0 * total / wire);
+    }
+
 private:
     SerialPort &m_port;
+    std::optional<Clock::time_point> m_replyEnded;
 };
 
 // User and system time of this process so far, in seconds.
