@@ -89,6 +89,7 @@ struct Run
     int commands = 0;
     double turns = 0;       // the configurator's own time between a reply and the next command
     double longestTurn = 0; // the longest of those, in seconds
+    int turnCount = 0;
 };
 
 // One load into a freshly started simulator; false (with the reason printed) when the load
@@ -148,6 +149,7 @@ bool loadOnce(const QString &simPath, const QString &file, const QStringList &li
     run->commands = int(port.out.count("\r\n"));
     run->turns = std::chrono::duration<double>(port.turnaround).count();
     run->longestTurn = std::chrono::duration<double>(port.longestTurn).count();
+    run->turnCount = port.turns;
 
     bool ok = loaded && view.boxes.isEmpty();
     if (!ok)
@@ -221,7 +223,7 @@ int main(int argc, char *argv[])
         std::printf("run %d            wall %.3f s, wire limit %.3f s, ratio %.4f; own turnaround "
                     "%.1f us a command (longest %.0f us), %.2f %% of the wire limit\n",
                     r + 1, run.wall, run.wire, run.wall / run.wire,
-                    1e6 * run.turns / std::max(1, run.commands - 1), 1e6 * run.longestTurn,
+                    1e6 * run.turns / std::max(1, run.turnCount), 1e6 * run.longestTurn,
                     100.0 * run.turns / run.wire);
         std::fflush(stdout);
     }

@@ -1,16 +1,14 @@
 // What it costs, on this machine, merely to be woken for every character of a 9600 bit/s line:
-// a pseudo-terminal fed one character per character time by a writer, read by the
-// plainest loop there is (poll, then read what is there). The writer is a process of its own,
-// as the virtual tally system is. The read-back benchmark's processor
-// figure cannot go below this one as long as the characters arrive one at a time, as the
-// virtual tally system sends them.
+// a pseudo-terminal fed one character per character time by a writer process (as the virtual
+// tally system is one), read by the plainest loop there is: poll, then read what is there.
+// The read-back benchmark's processor figure cannot go below this one as long as characters
+// arrive one at a time, as the virtual tally system sends them.
 //
 //   bench_line_floor [CHARACTERS] [RUNS]     defaults 5000 characters (about 5 s), 3 runs
 
 #include "support/LineBench.h"
 
 #include <algorithm>
-#include <atomic>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
