@@ -3,6 +3,7 @@
 #include <QTest>
 
 #include <cmath>
+#include <limits>
 
 using namespace Qt::StringLiterals;
 
@@ -45,6 +46,10 @@ private slots:
         QTest::newRow("bracket stops") << u"12]"_s << 12.0;
         QTest::newRow("leading zeros") << u"007"_s << 7.0;
         QTest::newRow("tiny exponent") << u"1e-999"_s << 0.0;
+        QTest::newRow("exponent with many leading zeros") << u" - 2.5e00000000001x"_s << -25.0;
+        QTest::newRow("exponent of zeros only") << u"3e-0000000000"_s << 3.0;
+        QTest::newRow("long exponent after zeros") << u"1e000000001000000"_s
+                                                   << std::numeric_limits<double>::infinity();
     }
     void readNumber()
     {

@@ -119,15 +119,18 @@ double ReadNumber(QStringView text)
             s.next();
         }
         bool exponentDigits = false;
+        std::string digits;
         while (isDigit(s.peek())) {
-            // Beyond a few digits the exponent only decides between zero and infinity.
-            if (exponent.size() < 8)
-                exponent += static_cast<char>(s.peek().unicode());
+            const char d = static_cast<char>(s.peek().unicode());
+            // Leading zeros count for nothing; beyond seven significant digits the exponent
+            // only decides between zero and infinity.
+            if ((d != '0' || !digits.empty()) && digits.size() < 7)
+                digits += d;
             exponentDigits = true;
             s.next();
         }
         if (exponentDigits)
-            number += exponent;
+            number += exponent + (digits.empty() ? std::string("0") : digits);
     }
     double value = 0;
     const auto [end, error] = std::from_chars(number.data(), number.data() + number.size(), value);
