@@ -50,6 +50,15 @@ private slots:
         QTest::newRow("exponent of zeros only") << u"3e-0000000000"_s << 3.0;
         QTest::newRow("long exponent after zeros") << u"1e000000001000000"_s
                                                    << std::numeric_limits<double>::infinity();
+        // Too small or too large by the digits alone, whatever the exponent's sign.
+        const QString zeros(400, QLatin1Char('0'));
+        QTest::newRow("too small without exponent") << u"."_s + zeros + u"1"_s << 0.0;
+        QTest::newRow("too small despite a positive exponent")
+            << u"0."_s + zeros + zeros + u"1e100"_s << 0.0;
+        QTest::newRow("too large despite a negative exponent")
+            << u"1"_s + zeros + u"e-1"_s << std::numeric_limits<double>::infinity();
+        QTest::newRow("negative and too large") << u"-1"_s + zeros
+                                                << -std::numeric_limits<double>::infinity();
     }
     void readNumber()
     {

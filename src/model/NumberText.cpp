@@ -1,5 +1,6 @@
 #include "model/NumberText.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <limits>
@@ -13,6 +14,26 @@ QString NumberField(long long n)
 }
 
 namespace {
+
+// The power of ten of the leading digit of a decimal number as collected below ("0.05e3": 1),
+// for telling a number too large for a double from one too small. Only asked when the number
+// is out of range, so it is far from zero either way; a number without a non-zero digit is 0.
+long long decimalOrder(const std::string &number)
+{
+    const std::size_t e = number.find('e');
+    const std::string mantissa = number.substr(0, e);
+    long long exponent = 0;
+    if (e != std::string::npos)
+        std::from_chars(number.data() + e + 1 + (number[e + 1] == '+' ? 1 : 0),
+                        number.data() + number.size(), exponent);
+    const std::size_t point = std::min(mantissa.find('.'), mantissa.size());
+    const std::size_t first = mantissa.find_first_not_of("0.");
+    if (first == std::string::npos)
+        return 0;
+    const long long position = first < point ? static_cast<long long>(point - first - 1)
+                                             : -static_cast<long long>(first - point);
+    return position + exponent;
+}
 
 bool isIgnored(QChar c)
 {
@@ -93,7 +114,6 @@ double ReadNumber(QStringView text)
         s.next();
     }
     bool mantissaDigits = false;
-    bool negativeExponent = false;
     while (isDigit(s.peek())) {
         number += static_cast<char>(s.peek().unicode());
         mantissaDigits = true;
@@ -114,7 +134,6 @@ double ReadNumber(QStringView text)
         std::string exponent = "e";
         s.next();
         if (s.peek() == QLatin1Char('-') || s.peek() == QLatin1Char('+')) {
-            negativeExponent = s.peek() == QLatin1Char('-');
             exponent += static_cast<char>(s.peek().unicode());
             s.next();
         }
@@ -136,7 +155,7 @@ double ReadNumber(QStringView text)
     const auto [end, error] = std::from_chars(number.data(), number.data() + number.size(), value);
     (void)end;
     if (error == std::errc::result_out_of_range)
-        value = negativeExponent ? 0.0 : std::numeric_limits<double>::infinity();
+        value = decimalOrder(number) > 0 ? std::numeric_limits<double>::infinity() : 0.0;
     return negative ? -value : value;
 }
 
