@@ -75,6 +75,8 @@ private slots:
         const QString digits(1 << 20, QLatin1Char('9'));
         QVERIFY(!ToInt16(ReadNumber(digits)).has_value());
         QVERIFY(std::isinf(ReadNumber(QStringLiteral("&H") + QString(1 << 20, QLatin1Char('F')))));
+        // A million digits before an eight-digit negative exponent: about 10^-8999000.
+        QCOMPARE(ReadNumber(u"1"_s + QString(1000001, QLatin1Char('0')) + u"e-10000000"_s), 0.0);
     }
 
     void toInt16_data()

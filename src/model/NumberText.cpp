@@ -141,9 +141,10 @@ double ReadNumber(QStringView text)
         std::string digits;
         while (isDigit(s.peek())) {
             const char d = static_cast<char>(s.peek().unicode());
-            // Leading zeros count for nothing; beyond seven significant digits the exponent
-            // only decides between zero and infinity.
-            if ((d != '0' || !digits.empty()) && digits.size() < 7)
+            // Leading zeros count for nothing. Fifteen significant digits put the number out
+            // of range whatever the length of the text before them, and still fit the whole
+            // number type that decimalOrder reads them into.
+            if ((d != '0' || !digits.empty()) && digits.size() < 15)
                 digits += d;
             exponentDigits = true;
             s.next();
