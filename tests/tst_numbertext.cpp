@@ -48,8 +48,8 @@ private slots:
         QTest::newRow("tiny exponent") << u"1e-999"_s << 0.0;
         QTest::newRow("exponent with many leading zeros") << u" - 2.5e00000000001x"_s << -25.0;
         QTest::newRow("exponent of zeros only") << u"3e-0000000000"_s << 3.0;
-        QTest::newRow("long exponent after zeros") << u"1e000000001000000"_s
-                                                   << std::numeric_limits<double>::infinity();
+        QTest::newRow("long exponent after zeros")
+            << u"1e000000001000000"_s << std::numeric_limits<double>::infinity();
         // Too small or too large by the digits alone, whatever the exponent's sign.
         const QString zeros(400, QLatin1Char('0'));
         QTest::newRow("too small without exponent") << u"."_s + zeros + u"1"_s << 0.0;
@@ -57,8 +57,8 @@ private slots:
             << u"0."_s + zeros + zeros + u"1e100"_s << 0.0;
         QTest::newRow("too large despite a negative exponent")
             << u"1"_s + zeros + u"e-1"_s << std::numeric_limits<double>::infinity();
-        QTest::newRow("negative and too large") << u"-1"_s + zeros
-                                                << -std::numeric_limits<double>::infinity();
+        QTest::newRow("negative and too large")
+            << u"-1"_s + zeros << -std::numeric_limits<double>::infinity();
     }
     void readNumber()
     {

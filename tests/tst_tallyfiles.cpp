@@ -19,7 +19,8 @@ namespace {
 
 struct FileRig : LinkRig
 {
-    explicit FileRig(int outputs = 6, int inputs = 6, bool online = false) : LinkRig(outputs, inputs)
+    explicit FileRig(int outputs = 6, int inputs = 6, bool online = false)
+        : LinkRig(outputs, inputs)
     {
         model.Online = online;
         port.responder = [](const QByteArray &c) -> std::optional<ScriptedPort::Reply> {
@@ -62,18 +63,24 @@ private slots:
         QTest::addColumn<QByteArray>("bytes");
         QTest::addColumn<QStringList>("fields");
         QTest::newRow("lines") << QByteArray("[1]\r\n[2]\r\n") << QStringList{u"[1]"_s, u"[2]"_s};
-        QTest::newRow("no final line end") << QByteArray("[1]\r\n[2]") << QStringList{u"[1]"_s, u"[2]"_s};
-        QTest::newRow("comma ends a field") << QByteArray("[1],[2]\r\n") << QStringList{u"[1]"_s, u"[2]"_s};
+        QTest::newRow("no final line end")
+            << QByteArray("[1]\r\n[2]") << QStringList{u"[1]"_s, u"[2]"_s};
+        QTest::newRow("comma ends a field")
+            << QByteArray("[1],[2]\r\n") << QStringList{u"[1]"_s, u"[2]"_s};
         QTest::newRow("leading blanks") << QByteArray("   [1]\r\n") << QStringList{u"[1]"_s};
         QTest::newRow("quoted") << QByteArray("\"[1], x\"\r\n") << QStringList{u"[1], x"_s};
-        QTest::newRow("empty lines skipped") << QByteArray("\r\n\r\n[1]\r\n\r\n") << QStringList{u"[1]"_s};
-        QTest::newRow("lone LF and CR") << QByteArray("[1]\n[2]\r[3]") << QStringList{u"[1]"_s, u"[2]"_s, u"[3]"_s};
+        QTest::newRow("empty lines skipped")
+            << QByteArray("\r\n\r\n[1]\r\n\r\n") << QStringList{u"[1]"_s};
+        QTest::newRow("lone LF and CR")
+            << QByteArray("[1]\n[2]\r[3]") << QStringList{u"[1]"_s, u"[2]"_s, u"[3]"_s};
         QTest::newRow("empty file") << QByteArray() << QStringList();
         QTest::newRow("unterminated quote") << QByteArray("\"[1]") << QStringList{u"[1]"_s};
         QTest::newRow("stray quote ends at its line")
             << QByteArray("\"[1]\r\n[2]\r\n") << QStringList{u"[1]"_s, u"[2]"_s};
-        QTest::newRow("blanks after the last line end") << QByteArray("[1]\r\n  ") << QStringList{u"[1]"_s};
-        QTest::newRow("blanks after a final comma") << QByteArray("[1], \t") << QStringList{u"[1]"_s};
+        QTest::newRow("blanks after the last line end")
+            << QByteArray("[1]\r\n  ") << QStringList{u"[1]"_s};
+        QTest::newRow("blanks after a final comma")
+            << QByteArray("[1], \t") << QStringList{u"[1]"_s};
     }
     void fields()
     {
@@ -169,8 +176,8 @@ private slots:
         QStringList sent;
         for (const QByteArray &c : r.port.commands)
             sent << QString::fromLatin1(c);
-        QCOMPARE(sent, (QStringList{u"Init"_s, u"Uenable  2"_s, u"Uenable  1"_s, u"Map 1 1 2 1"_s, u"Map 1 2 2 3"_s,
-                                    u"OR 1 2 2 4"_s}));
+        QCOMPARE(sent, (QStringList{u"Init"_s, u"Uenable  2"_s, u"Uenable  1"_s, u"Map 1 1 2 1"_s,
+                                    u"Map 1 2 2 3"_s, u"OR 1 2 2 4"_s}));
     }
 
     void onlineLoadStopsAtAFailedUnmap()
@@ -275,7 +282,7 @@ private slots:
         r.put(u"studio.qvr"_s, "previous\r\n");
         for (int i = 1; i <= MaxDeclared; ++i)
             r.model.OutputMap[i] = ComposeMapString(1, qint16(i), 2, 1);
-        struct rlimit old {};
+        rlimit old{};
         QCOMPARE(getrlimit(RLIMIT_FSIZE, &old), 0);
         const auto oldSignal = std::signal(SIGXFSZ, SIG_IGN);
         struct rlimit small = old;

@@ -166,7 +166,8 @@ bool loadOnce(const QString &simPath, const QString &file, const QStringList &li
         ok = false;
     }
     QFile f(log);
-    const int logged = f.open(QIODevice::ReadOnly) ? int(f.readAll().count('\n')) - loggedBefore : -1;
+    const int logged =
+        f.open(QIODevice::ReadOnly) ? int(f.readAll().count('\n')) - loggedBefore : -1;
     if (logged != expected) {
         std::fprintf(stderr, "kestrel-sim logged %d commands of the load, %d expected\n", logged,
                      expected);

@@ -47,8 +47,8 @@ bool runOnce(int count, Run &run)
     cfmakeraw(&raw);
     tcsetattr(reader, TCSANOW, &raw);
 
-    const auto characterTime = std::chrono::nanoseconds(
-        static_cast<long long>(1e9 * BitsPerCharacter / Baud));
+    const auto characterTime =
+        std::chrono::nanoseconds(static_cast<long long>(1e9 * BitsPerCharacter / Baud));
     const pid_t writer = fork();
     if (writer < 0)
         return false;

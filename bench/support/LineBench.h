@@ -50,8 +50,8 @@ public:
     int currentRow(Control) const override { return -1; }
     void setCurrentRow(Control, int) override {}
     void showWindow(Window, bool) override {}
-    MessageResult messageBox(const QString &text, const QString &title, MessageButtons,
-                             MessageIcon, MessageResult defaultButton) override
+    MessageResult messageBox(const QString &text, const QString &title, MessageButtons, MessageIcon,
+                             MessageResult defaultButton) override
     {
         boxes << title + QStringLiteral(": ") + text;
         return defaultButton;

@@ -23,8 +23,8 @@ bool replay(const std::filesystem::path &file)
     std::fprintf(stderr, "%s\n", file.c_str()); // names the input that aborts, if one does
     // Like libFuzzer, never a null pointer, even for an empty file.
     static const uint8_t none = 0;
-    LLVMFuzzerTestOneInput(
-        bytes.empty() ? &none : reinterpret_cast<const uint8_t *>(bytes.data()), bytes.size());
+    LLVMFuzzerTestOneInput(bytes.empty() ? &none : reinterpret_cast<const uint8_t *>(bytes.data()),
+                           bytes.size());
     return true;
 }
 
