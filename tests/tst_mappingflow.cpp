@@ -1,7 +1,7 @@
-#include "matrix/KeyboardEntry.h"
+#include "events/KeyboardEntry.h"
 #include "matrix/Mapping.h"
 #include "matrix/OutputTest.h"
-#include "matrix/SelectionEvents.h"
+#include "events/SelectionEvents.h"
 #include "support/LinkRig.h"
 
 #include <QTest>

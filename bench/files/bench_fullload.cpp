@@ -17,7 +17,7 @@
 #include "matrix/Mapping.h"
 #include "matrix/MatrixLists.h"
 #include "matrix/ReadBack.h"
-#include "model/MainView.h"
+#include "view/MainView.h"
 #include "model/NumberText.h"
 #include "model/SystemModel.h"
 #include "support/LineBench.h"

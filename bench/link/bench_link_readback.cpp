@@ -12,7 +12,7 @@
 #include "matrix/MapString.h"
 #include "matrix/MatrixLists.h"
 #include "matrix/ReadBack.h"
-#include "model/MainView.h"
+#include "view/MainView.h"
 #include "model/SystemModel.h"
 #include "support/LineBench.h"
 

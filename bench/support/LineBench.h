@@ -4,7 +4,7 @@
 // keeps every byte crossing the line, and the process's processor time.
 
 #include "link/SerialPort.h"
-#include "model/MainView.h"
+#include "view/MainView.h"
 
 #include <QCoreApplication>
 #include <QHash>

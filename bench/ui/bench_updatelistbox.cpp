@@ -2,8 +2,8 @@
 // boolean), and prints the time one UpdateListBox1 takes beside its target.
 #include "matrix/MapString.h"
 #include "matrix/MatrixLists.h"
-#include "ui/Dialogs.h"
-#include "ui/MainWindow.h"
+#include "gui/Dialogs.h"
+#include "gui/MainWindow.h"
 
 #include <QApplication>
 #include <QElapsedTimer>

@@ -1,8 +1,8 @@
-#include "app/Configurator.h"
-#include "app/StartUp.h"
+#include "gui/Configurator.h"
+#include "gui/StartUp.h"
 #include "link/QtSerialPortAdapter.h"
-#include "ui/Dialogs.h"
-#include "ui/MainWindow.h"
+#include "gui/Dialogs.h"
+#include "gui/MainWindow.h"
 
 #include <QApplication>
 

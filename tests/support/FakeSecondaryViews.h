@@ -1,6 +1,6 @@
 #pragma once
 
-#include "model/SecondaryViews.h"
+#include "view/SecondaryViews.h"
 
 #include <QList>
 #include <QPoint>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "model/MainView.h"
+#include "view/MainView.h"
 
 #include <QHash>
 #include <QList>

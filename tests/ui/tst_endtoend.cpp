@@ -1,10 +1,10 @@
-#include "app/Configurator.h"
+#include "gui/Configurator.h"
 #include "link/QtSerialPortAdapter.h"
-#include "ui/Dialogs.h"
-#include "ui/MainWindow.h"
+#include "gui/Dialogs.h"
+#include "gui/MainWindow.h"
 #include "ui/ProgramDir.h"
 #include "ui/SimProcess.h"
-#include "ui/TallyList.h"
+#include "gui/TallyList.h"
 
 #include <QAbstractButton>
 #include <QLineEdit>

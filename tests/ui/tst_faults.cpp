@@ -6,7 +6,7 @@
 #include "link/Connection.h"
 #include "link/DeviceCommands.h"
 #include "link/QtSerialPortAdapter.h"
-#include "link/UnitStatus.h"
+#include "events/UnitStatus.h"
 #include "matrix/Clearing.h"
 #include "matrix/MapString.h"
 #include "matrix/Mapping.h"

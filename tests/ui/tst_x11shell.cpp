@@ -1,13 +1,13 @@
-#include "app/Configurator.h"
-#include "app/StartUp.h"
-#include "app/TopLevelWindows.h"
-#include "ui/Dialogs.h"
-#include "ui/MainWindow.h"
+#include "gui/Configurator.h"
+#include "gui/StartUp.h"
+#include "gui/TopLevelWindows.h"
+#include "gui/Dialogs.h"
+#include "gui/MainWindow.h"
 #include "ui/ProgramDir.h"
 #include "support/ScriptedPort.h"
-#include "ui/WindowOutline.h"
-#include "ui/AdvancedWindow.h"
-#include "ui/UnitStatusWindow.h"
+#include "gui/WindowOutline.h"
+#include "gui/AdvancedWindow.h"
+#include "gui/UnitStatusWindow.h"
 
 #include <QAbstractButton>
 #include <QPlainTextEdit>

@@ -1,7 +1,7 @@
 // The advanced window's logic on the scripted port: the "Advanced" box, raw commands typed by
 // the operator and the receive monitor.
 
-#include "link/AdvancedConsole.h"
+#include "events/AdvancedConsole.h"
 #include "support/FakeSecondaryViews.h"
 #include "support/LinkRig.h"
 

@@ -1,7 +1,7 @@
 // The unit status window's logic on the scripted port: the poll, the lamps, the spin control
 // and the window's life between "Unit Status", "Close Window" and its close box.
 
-#include "link/UnitStatus.h"
+#include "events/UnitStatus.h"
 #include "support/FakeSecondaryViews.h"
 #include "support/LinkRig.h"
 

@@ -3,7 +3,7 @@
 
 #include "link/DeviceCommands.h"
 #include "link/QtSerialPortAdapter.h"
-#include "link/UnitStatus.h"
+#include "events/UnitStatus.h"
 #include "sim/SimSession.h"
 #include "support/FakeSecondaryViews.h"
 #include "support/FakeView.h"

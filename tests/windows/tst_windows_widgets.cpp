@@ -2,13 +2,13 @@
 // places, colours, the spin control, and their events reaching the logic when wired as the
 // application wires them.
 
-#include "link/AdvancedConsole.h"
-#include "link/UnitStatus.h"
+#include "events/AdvancedConsole.h"
+#include "events/UnitStatus.h"
 #include "support/LinkRig.h"
-#include "ui/AdvancedWindow.h"
-#include "ui/Dialogs.h"
-#include "ui/MainWindow.h"
-#include "ui/UnitStatusWindow.h"
+#include "gui/AdvancedWindow.h"
+#include "gui/Dialogs.h"
+#include "gui/MainWindow.h"
+#include "gui/UnitStatusWindow.h"
 
 #include <QAbstractButton>
 #include <QFrame>

@@ -1,0 +1,46 @@
+#pragma once
+
+#include "view/MainView.h"
+#include "model/SystemModel.h"
+
+class Clearing;
+class DeviceCommands;
+class Mapping;
+class MatrixLists;
+class ReadBack;
+
+// "Save", "Load" and "Partial Load": the matrix to and from tally files. Online, a save reads
+// the tally system's table first and a load sends every mapping; offline both work on the model.
+class TallyFiles
+{
+public:
+    static constexpr int MaxFields = TableSize; // RawMap 0..999
+
+    TallyFiles(SystemModel &model, MainView &view, Mapping &mapping, ReadBack &readBack,
+               DeviceCommands &device, Clearing &clearing, MatrixLists &lists);
+
+    void cmdLoadMatrix_Click();
+    void cmdPartLoadMatrix_Click();
+    void cmdSaveMatrix_Click();
+
+    // "Full" replaces the matrix, anything else adds to it. False when the file could not be
+    // read; the operator has been told and nothing changed.
+    bool LoadMatrixMappings(const QString &TallyFile, const QString &LoadMode);
+    // False when the file could not be written; the operator has been told.
+    bool SaveAllMappings(const QString &TallyFile);
+
+    QString GetOpenTallyFileName();
+    QString GetSaveTallyFileName();
+
+private:
+    void load(const QString &mode);
+    void fileError(const QString &what, const QString &path, const QString &reason);
+
+    SystemModel &m_model;
+    MainView &m_view;
+    Mapping &m_mapping;
+    ReadBack &m_readBack;
+    DeviceCommands &m_device;
+    Clearing &m_clearing;
+    MatrixLists &m_lists;
+};

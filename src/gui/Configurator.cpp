@@ -1,0 +1,213 @@
+#include "gui/Configurator.h"
+
+#include "config/SystemDescription.h"
+#include "link/SerialPort.h"
+#include "model/NumberText.h"
+#include "gui/MainWindow.h"
+#include "gui/TallyList.h"
+#include "gui/Twips.h"
+#include "gui/WindowOutline.h"
+
+#include <QAbstractButton>
+#include <QItemSelectionModel>
+#include <QKeyEvent>
+#include <QLineEdit>
+
+Configurator::Configurator(SystemModel &model, MainWindow &window, SerialPort &port)
+    : m_model(model), m_window(window), m_port(port), m_channel(model, window, port),
+      m_lists(model, window), m_clearing(model, window),
+      m_commands(model, window, m_channel, m_clearing, m_lists),
+      m_connection(model, window, m_channel),
+      m_readBack(model, window, m_channel, m_lists, m_clearing, m_commands),
+      m_mapping(model, window, m_channel, m_commands, m_lists),
+      m_test(model, window, m_channel, m_readBack),
+      m_selection(model, window, m_lists, m_mapping, m_test),
+      m_entry(model, window, m_lists, m_mapping, m_selection),
+      m_files(model, window, m_mapping, m_readBack, m_commands, m_clearing, m_lists),
+      m_unitWindow(&window), m_unitStatus(model, window, m_unitWindow, m_channel, m_commands),
+      m_advanced(window, m_advancedWindow, m_channel)
+{
+    wire();
+}
+
+void Configurator::wire()
+{
+    auto clicked = [this](Control c, auto handler) {
+        connect(m_window.button(c), &QAbstractButton::clicked, this, handler);
+    };
+    clicked(Control::Check3, [this] { m_lists.Check3_Click(); });
+    clicked(Control::cmdMapIt, [this] { m_selection.cmdMapIt_Click(); });
+    clicked(Control::cmdBoolAnd, [this] { m_selection.cmdBool_Click(0); });
+    clicked(Control::cmdBoolOr, [this] { m_selection.cmdBool_Click(1); });
+    clicked(Control::cmdOnline, [this] { m_connection.cmdOnline_Click(); });
+    clicked(Control::cmdRefresh, [this] { m_readBack.cmdRefresh_Click(); });
+    clicked(Control::cmdInit, [this] { m_commands.cmdInit_Click(); });
+    clicked(Control::cmdCancelDownload, [this] { m_channel.cmdCancelDownload_Click(); });
+    clicked(Control::cmdLoadMatrix, [this] { m_files.cmdLoadMatrix_Click(); });
+    clicked(Control::cmdPartLoadMatrix, [this] { m_files.cmdPartLoadMatrix_Click(); });
+    clicked(Control::cmdSaveMatrix, [this] { m_files.cmdSaveMatrix_Click(); });
+
+    TallyList *outputs = m_window.list(Control::List1);
+    outputs->onClick = [this] { m_selection.List1_Click(); };
+    outputs->onKeyDown = [this](QKeyEvent *e) {
+        return m_selection.List1_KeyDown(e->key(), e->modifiers());
+    };
+    outputs->onKeyUp = [this](QKeyEvent *e) { m_selection.List1_KeyUp(e->key(), e->isAutoRepeat()); };
+    // The read-out always names the selected output, however the selection moved.
+    connect(outputs->selectionModel(), &QItemSelectionModel::currentRowChanged, this,
+            [this] { m_selection.GetOutChannel(); });
+
+    TallyList *inputs = m_window.list(Control::list2);
+    inputs->onClick = [this] { m_selection.list2_Click(); };
+    inputs->onDoubleClick = [this] { m_selection.list2_DblClick(); };
+    inputs->onMouseRelease = [this] { m_selection.list2_MouseUp(); };
+
+    QLineEdit *entry = m_window.entry();
+    connect(entry, &QLineEdit::textChanged, this, [this] { m_entry.txtInput_Change(); });
+    for (Control c : {Control::txtInput, Control::cmdTest, Control::chkTest})
+        m_window.control(c)->installEventFilter(this);
+
+    // The secondary windows: "Unit Status" and "Advanced" open them, their close boxes untick.
+    m_window.registerWindow(Window::frmUnitBits, &m_unitWindow);
+    m_window.registerWindow(Window::frmVerbose, &m_advancedWindow);
+    clicked(Control::Check1, [this] { m_unitStatus.Check1_Click(); });
+    clicked(Control::Check2, [this] { m_advanced.Check2_Click(); });
+    connect(m_unitWindow.closeButton(), &QAbstractButton::clicked, this,
+            [this] { m_unitStatus.cmdClose_Click(); });
+    connect(&m_unitWindow, &UnitStatusWindow::UpDown1Changed, this,
+            [this] { m_unitStatus.UpDown1_Change(); });
+    connect(&m_unitWindow, &UnitStatusWindow::unloading, this, [this] { m_unitStatus.Form_Unload(); });
+    connect(m_advancedWindow.sendButton(), &QAbstractButton::clicked, this,
+            [this] { m_advanced.cmdDirectCommand_Click(); });
+    connect(&m_advancedWindow, &AdvancedWindow::commandEntered, this,
+            [this] { m_advanced.txtDirectCommand_KeyPress(AdvancedConsole::EnterKey); });
+    connect(&m_advancedWindow, &AdvancedWindow::unloading, this, [this] { m_advanced.Form_Unload(); });
+
+    connect(&m_window, &MainWindow::unloading, this, [this] { Form_Unload(); });
+}
+
+bool Configurator::eventFilter(QObject *watched, QEvent *event)
+{
+    const QEvent::Type type = event->type();
+    const int outputUnderCursor = m_window.currentRow(Control::List1) + 1;
+
+    if (watched == m_window.control(Control::txtInput)) {
+        if (type == QEvent::KeyPress) {
+            auto *key = static_cast<QKeyEvent *>(event);
+            return m_entry.txtInput_KeyDown(key->key(), key->modifiers());
+        }
+        if (type == QEvent::MouseButtonRelease) // after the line edit placed its cursor
+            QMetaObject::invokeMethod(this, [this] { m_entry.txtInput_Click(); }, Qt::QueuedConnection);
+        return false;
+    }
+
+    if (watched == m_window.control(Control::cmdTest)) {
+        // Lit while any mouse button holds the button down.
+        if (type == QEvent::MouseButtonPress) {
+            m_test.TestOn(outputUnderCursor);
+            m_window.setFocus(Control::List1);
+        } else if (type == QEvent::MouseButtonRelease) {
+            m_test.TestOff(outputUnderCursor);
+        }
+        return false;
+    }
+
+    if (watched == m_window.control(Control::chkTest)) {
+        // The latch box shows only what the test set: its own toggling is kept away.
+        switch (type) {
+        case QEvent::MouseButtonPress:
+            if (m_window.isEnabled(Control::chkTest)) {
+                m_test.TestLatchChange();
+                m_window.setFocus(Control::List1);
+            }
+            return true;
+        case QEvent::MouseButtonRelease:
+        case QEvent::MouseButtonDblClick:
+        case QEvent::KeyRelease:
+            return true;
+        case QEvent::KeyPress: {
+            const int k = static_cast<QKeyEvent *>(event)->key();
+            if (k == Qt::Key_Return || k == Qt::Key_Enter)
+                m_test.TestLatchChange();
+            return k != Qt::Key_Tab && k != Qt::Key_Backtab;
+        }
+        default:
+            return false;
+        }
+    }
+    return false;
+}
+
+bool Configurator::Form_Load(const QString &programDir)
+{
+    m_window.applyOutline(WindowOutline::BuildWindowRegion(
+        1.0f, 1.0f, 0, 0, Twips::forWidget(&m_window).pixelsPerDesignUnit()));
+
+    m_model.MainCPUVersion.clear();
+    m_window.setText(Control::lblError, QString());
+    m_model.DownloadActive = false;
+    m_model.MapStrings = 0;
+    m_window.setText(Control::lblFileName, QString());
+
+    SystemDescription description(programDir);
+    if (!description.IniRead(m_model)) {
+        m_window.messageBox(
+            QStringLiteral("Cannot locate Kestrel.ini file in program directory\r\n"
+                           "Please aquire a Kestrel.ini file for this tally system and copy it "
+                           "into the program directory"),
+            QStringLiteral("File Missing"), MessageButtons::OkCancel, MessageIcon::None,
+            MessageResult::Ok);
+        return false;
+    }
+    if (!description.limitWarning().isEmpty()) {
+        m_window.messageBox(description.limitWarning(), QStringLiteral("Kestrel.ini"),
+                            MessageButtons::Ok, MessageIcon::Warning, MessageResult::Ok);
+    }
+    m_lists.FillLists();
+    m_port.PortSetNumber(m_model.KestrelCommport);
+    m_port.PortSetDevice(m_model.CommDevice);
+
+    for (Control list : {Control::List1, Control::list2, Control::list3})
+        m_window.setCurrentRow(list, 0);
+    m_window.setHeightTwips(Control::list2, MatrixLists::List2TallTwips);
+
+    m_window.show();
+
+    if (!m_port.PortOpen()) {
+        m_window.messageBox(QStringLiteral("The Serial Com port") +
+                                NumberField(m_model.KestrelCommport) +
+                                QStringLiteral("\rIs not available\rPlease correct and try again"),
+                            QStringLiteral("Port Conflict"), MessageButtons::Ok,
+                            MessageIcon::Information, MessageResult::Ok);
+        m_connection.GoOffline();
+    }
+    if (m_connection.GoOnline()) {
+        m_readBack.SyncWithKestrel();
+        // The version ends where the reply's line would; its line end is not shown.
+        QString version = m_model.MainCPUVersion;
+        while (version.endsWith(QLatin1Char('\n')) || version.endsWith(QLatin1Char('\r')))
+            version.chop(1);
+        m_window.setText(Control::lblError, version);
+    }
+
+    m_selection.GetOutChannel(); // the read-out names the selected output from the start
+    m_window.setFocus(Control::List1);
+    return true;
+}
+
+void Configurator::Form_Unload()
+{
+    // Unloading them as their close boxes would: the poll stops and the boxes are unticked.
+    if (m_window.isChecked(Control::Check2))
+        m_advanced.Form_Unload();
+    if (m_unitStatus.isLoaded())
+        m_unitStatus.Form_Unload();
+    m_window.showWindow(Window::frmVerbose, false);
+    m_window.showWindow(Window::frmUnitBits, false);
+}
+
+void Configurator::Form_Terminate()
+{
+    m_port.PortClose();
+    Form_Unload();
+}

@@ -1,0 +1,77 @@
+#pragma once
+
+#include "files/TallyFiles.h"
+#include "link/CommandChannel.h"
+#include "events/AdvancedConsole.h"
+#include "link/Connection.h"
+#include "link/DeviceCommands.h"
+#include "events/UnitStatus.h"
+#include "matrix/Clearing.h"
+#include "events/KeyboardEntry.h"
+#include "matrix/Mapping.h"
+#include "matrix/MatrixLists.h"
+#include "matrix/OutputTest.h"
+#include "matrix/ReadBack.h"
+#include "events/SelectionEvents.h"
+#include "model/SystemModel.h"
+#include "gui/AdvancedWindow.h"
+#include "gui/UnitStatusWindow.h"
+
+#include <QObject>
+#include <QString>
+
+class MainWindow;
+class SerialPort;
+
+// The configurator's logic put together on one window and one serial port: owns the logic
+// parts, connects the window's notifications to them, and runs the load sequence.
+class Configurator : public QObject
+{
+    Q_OBJECT
+public:
+    Configurator(SystemModel &model, MainWindow &window, SerialPort &port);
+
+    // Reads the description from `programDir`, fills and shows the window, opens the port and
+    // tries the link; online, reads the matrix back. False when the program has to end (no
+    // usable Kestrel.ini; the operator has been told).
+    bool Form_Load(const QString &programDir);
+
+    // The desktop closes the main window: the secondary windows go with it.
+    void Form_Unload();
+    // The main window is gone: the port is closed.
+    void Form_Terminate();
+
+    MatrixLists &lists() { return m_lists; }
+    CommandChannel &channel() { return m_channel; }
+    DeviceCommands &commands() { return m_commands; }
+    ReadBack &readBack() { return m_readBack; }
+    UnitStatusWindow &unitStatusWindow() { return m_unitWindow; }
+    AdvancedWindow &advancedWindow() { return m_advancedWindow; }
+
+protected:
+    // The entry box's keys and clicks, the test button's presses and the latch box.
+    bool eventFilter(QObject *watched, QEvent *event) override;
+
+private:
+    void wire();
+
+    SystemModel &m_model;
+    MainWindow &m_window;
+    SerialPort &m_port;
+    CommandChannel m_channel;
+    MatrixLists m_lists;
+    Clearing m_clearing;
+    DeviceCommands m_commands;
+    Connection m_connection;
+    ReadBack m_readBack;
+    Mapping m_mapping;
+    OutputTest m_test;
+    SelectionEvents m_selection;
+    KeyboardEntry m_entry;
+    TallyFiles m_files;
+    // The secondary windows before the logic that uses them, so that the logic goes first.
+    UnitStatusWindow m_unitWindow;
+    AdvancedWindow m_advancedWindow;
+    UnitStatus m_unitStatus;
+    AdvancedConsole m_advanced;
+};

@@ -1,0 +1,69 @@
+#include "gui/Dialogs.h"
+
+#include <QFileDialog>
+#include <QMessageBox>
+#include <QPushButton>
+
+QString Dialogs::displayText(const QString &text)
+{
+    QString shown = text;
+    shown.replace(QStringLiteral("\r\n"), QStringLiteral("\n"));
+    shown.replace(QLatin1Char('\r'), QLatin1Char('\n'));
+    return shown;
+}
+
+MessageResult Dialogs::messageBox(const Request &request, QWidget *parent) const
+{
+    if (m_responder)
+        return m_responder(request);
+
+    QMessageBox box(parent);
+    box.setWindowTitle(request.title);
+    box.setText(displayText(request.text));
+    box.setTextFormat(Qt::PlainText);
+    switch (request.icon) {
+    case MessageIcon::None: box.setIcon(QMessageBox::NoIcon); break;
+    case MessageIcon::Information: box.setIcon(QMessageBox::Information); break;
+    case MessageIcon::Warning: box.setIcon(QMessageBox::Warning); break;
+    case MessageIcon::Critical: box.setIcon(QMessageBox::Critical); break;
+    }
+    struct Choice
+    {
+        QMessageBox::StandardButton button;
+        MessageResult result;
+    };
+    QList<Choice> choices;
+    switch (request.buttons) {
+    case MessageButtons::Ok: choices = {{QMessageBox::Ok, MessageResult::Ok}}; break;
+    case MessageButtons::OkCancel:
+        choices = {{QMessageBox::Ok, MessageResult::Ok}, {QMessageBox::Cancel, MessageResult::Cancel}};
+        break;
+    case MessageButtons::YesNo:
+        choices = {{QMessageBox::Yes, MessageResult::Yes}, {QMessageBox::No, MessageResult::No}};
+        break;
+    }
+    for (const Choice &c : choices) {
+        box.addButton(c.button);
+        if (c.result == request.defaultButton)
+            box.setDefaultButton(c.button);
+    }
+    // Closing the box by its frame counts as the negative answer.
+    box.setEscapeButton(choices.size() > 1 ? choices.last().button : choices.first().button);
+    box.exec();
+    const auto pressed = box.standardButton(box.clickedButton());
+    for (const Choice &c : choices) {
+        if (c.button == pressed)
+            return c.result;
+    }
+    return choices.size() > 1 ? choices.last().result : choices.first().result;
+}
+
+QString Dialogs::chooseFile(const FileRequest &request, QWidget *parent) const
+{
+    if (m_fileResponder)
+        return m_fileResponder(request);
+    return request.kind == FileDialog::Open
+               ? QFileDialog::getOpenFileName(parent, request.title, QString(), request.filter)
+               : QFileDialog::getSaveFileName(parent, request.title, QString(), request.filter,
+                                              nullptr, QFileDialog::DontConfirmOverwrite);
+}

@@ -1,0 +1,45 @@
+#include "gui/StartUp.h"
+
+#include "gui/TopLevelWindows.h"
+#include "gui/Dialogs.h"
+
+#include <QDir>
+#include <QLocalSocket>
+#include <QStandardPaths>
+
+StartUp::StartUp(Dialogs &dialogs) : m_dialogs(dialogs) {}
+
+QString StartUp::socketPath()
+{
+    QString dir = QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation);
+    if (dir.isEmpty())
+        dir = QDir::tempPath();
+    return QDir(dir).filePath(QStringLiteral("Kestrel"));
+}
+
+bool StartUp::anotherInstanceRunning()
+{
+    if (TopLevelWindows::onX11())
+        return TopLevelWindows::existsWithTitle(QStringLiteral("Kestrel"));
+
+    const QString path = socketPath();
+    QLocalSocket probe;
+    probe.connectToServer(path);
+    if (probe.waitForConnected(500))
+        return true;
+    // Nobody answers: a socket file left by a copy that crashed is taken over.
+    QLocalServer::removeServer(path);
+    m_server.setSocketOptions(QLocalServer::UserAccessOption);
+    m_server.listen(path);
+    return false;
+}
+
+bool StartUp::Form1_Load()
+{
+    if (!anotherInstanceRunning())
+        return true;
+    m_dialogs.messageBox({QStringLiteral("An instance of Kestrel is already running"),
+                          QStringLiteral("Application Error"), MessageButtons::Ok,
+                          MessageIcon::None, MessageResult::Ok});
+    return false;
+}
