@@ -85,7 +85,7 @@ int main(int argc, char *argv[])
     CommandChannel channel(model, view, port);
     MatrixLists lists(model, view);
     Clearing clearing(model, view);
-    DeviceCommands commands(model, view, channel, clearing, lists);
+    DeviceCommands commands(model, channel);
     ReadBack readBack(model, view, channel, lists, clearing, commands);
 
     const double cpu0 = cpuSeconds();

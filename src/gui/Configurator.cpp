@@ -1,12 +1,12 @@
 #include "gui/Configurator.h"
 
 #include "config/SystemDescription.h"
-#include "link/SerialPort.h"
-#include "model/NumberText.h"
 #include "gui/MainWindow.h"
 #include "gui/TallyList.h"
 #include "gui/Twips.h"
 #include "gui/WindowOutline.h"
+#include "link/SerialPort.h"
+#include "model/NumberText.h"
 
 #include <QAbstractButton>
 #include <QItemSelectionModel>
@@ -15,8 +15,8 @@
 
 Configurator::Configurator(SystemModel &model, MainWindow &window, SerialPort &port)
     : m_model(model), m_window(window), m_port(port), m_channel(model, window, port),
-      m_lists(model, window), m_clearing(model, window),
-      m_commands(model, window, m_channel, m_clearing, m_lists),
+      m_lists(model, window), m_clearing(model, window), m_commands(model, m_channel),
+      m_clearAll(model, window, m_commands, m_clearing, m_lists),
       m_connection(model, window, m_channel),
       m_readBack(model, window, m_channel, m_lists, m_clearing, m_commands),
       m_mapping(model, window, m_channel, m_commands, m_lists),
@@ -41,7 +41,7 @@ void Configurator::wire()
     clicked(Control::cmdBoolOr, [this] { m_selection.cmdBool_Click(1); });
     clicked(Control::cmdOnline, [this] { m_connection.cmdOnline_Click(); });
     clicked(Control::cmdRefresh, [this] { m_readBack.cmdRefresh_Click(); });
-    clicked(Control::cmdInit, [this] { m_commands.cmdInit_Click(); });
+    clicked(Control::cmdInit, [this] { m_clearAll.cmdInit_Click(); });
     clicked(Control::cmdCancelDownload, [this] { m_channel.cmdCancelDownload_Click(); });
     clicked(Control::cmdLoadMatrix, [this] { m_files.cmdLoadMatrix_Click(); });
     clicked(Control::cmdPartLoadMatrix, [this] { m_files.cmdPartLoadMatrix_Click(); });
@@ -52,7 +52,9 @@ void Configurator::wire()
     outputs->onKeyDown = [this](QKeyEvent *e) {
         return m_selection.List1_KeyDown(e->key(), e->modifiers());
     };
-    outputs->onKeyUp = [this](QKeyEvent *e) { m_selection.List1_KeyUp(e->key(), e->isAutoRepeat()); };
+    outputs->onKeyUp = [this](QKeyEvent *e) {
+        m_selection.List1_KeyUp(e->key(), e->isAutoRepeat());
+    };
     // The read-out always names the selected output, however the selection moved.
     connect(outputs->selectionModel(), &QItemSelectionModel::currentRowChanged, this,
             [this] { m_selection.GetOutChannel(); });
@@ -76,12 +78,14 @@ void Configurator::wire()
             [this] { m_unitStatus.cmdClose_Click(); });
     connect(&m_unitWindow, &UnitStatusWindow::UpDown1Changed, this,
             [this] { m_unitStatus.UpDown1_Change(); });
-    connect(&m_unitWindow, &UnitStatusWindow::unloading, this, [this] { m_unitStatus.Form_Unload(); });
+    connect(&m_unitWindow, &UnitStatusWindow::unloading, this,
+            [this] { m_unitStatus.Form_Unload(); });
     connect(m_advancedWindow.sendButton(), &QAbstractButton::clicked, this,
             [this] { m_advanced.cmdDirectCommand_Click(); });
     connect(&m_advancedWindow, &AdvancedWindow::commandEntered, this,
             [this] { m_advanced.txtDirectCommand_KeyPress(AdvancedConsole::EnterKey); });
-    connect(&m_advancedWindow, &AdvancedWindow::unloading, this, [this] { m_advanced.Form_Unload(); });
+    connect(&m_advancedWindow, &AdvancedWindow::unloading, this,
+            [this] { m_advanced.Form_Unload(); });
 
     connect(&m_window, &MainWindow::unloading, this, [this] { Form_Unload(); });
 }
@@ -97,7 +101,8 @@ bool Configurator::eventFilter(QObject *watched, QEvent *event)
             return m_entry.txtInput_KeyDown(key->key(), key->modifiers());
         }
         if (type == QEvent::MouseButtonRelease) // after the line edit placed its cursor
-            QMetaObject::invokeMethod(this, [this] { m_entry.txtInput_Click(); }, Qt::QueuedConnection);
+            QMetaObject::invokeMethod(
+                this, [this] { m_entry.txtInput_Click(); }, Qt::QueuedConnection);
         return false;
     }
 

@@ -1,21 +1,22 @@
 #pragma once
 
-#include "files/TallyFiles.h"
-#include "link/CommandChannel.h"
 #include "events/AdvancedConsole.h"
+#include "events/ClearAll.h"
+#include "events/KeyboardEntry.h"
+#include "events/SelectionEvents.h"
+#include "events/UnitStatus.h"
+#include "files/TallyFiles.h"
+#include "gui/AdvancedWindow.h"
+#include "gui/UnitStatusWindow.h"
+#include "link/CommandChannel.h"
 #include "link/Connection.h"
 #include "link/DeviceCommands.h"
-#include "events/UnitStatus.h"
 #include "matrix/Clearing.h"
-#include "events/KeyboardEntry.h"
 #include "matrix/Mapping.h"
 #include "matrix/MatrixLists.h"
 #include "matrix/OutputTest.h"
 #include "matrix/ReadBack.h"
-#include "events/SelectionEvents.h"
 #include "model/SystemModel.h"
-#include "gui/AdvancedWindow.h"
-#include "gui/UnitStatusWindow.h"
 
 #include <QObject>
 #include <QString>
@@ -62,6 +63,7 @@ private:
     MatrixLists m_lists;
     Clearing m_clearing;
     DeviceCommands m_commands;
+    ClearAll m_clearAll;
     Connection m_connection;
     ReadBack m_readBack;
     Mapping m_mapping;

@@ -79,7 +79,7 @@ void loadOffline(const QString &path, const QStringList &fields)
     CommandChannel channel(*model, view, port, port.clock());
     MatrixLists lists(*model, view);
     Clearing clearing(*model, view);
-    DeviceCommands commands(*model, view, channel, clearing, lists);
+    DeviceCommands commands(*model, channel);
     ReadBack readBack(*model, view, channel, lists, clearing, commands, port.pause());
     Mapping mapping(*model, view, channel, commands, lists);
     TallyFiles files(*model, view, mapping, readBack, commands, clearing, lists);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "events/ClearAll.h"
 #include "link/CommandChannel.h"
 #include "link/Connection.h"
 #include "link/DeviceCommands.h"
@@ -51,7 +52,8 @@ struct LinkRig
     CommandChannel channel{model, view, port, port.clock()};
     MatrixLists lists{model, view};
     Clearing clearing{model, view};
-    DeviceCommands commands{model, view, channel, clearing, lists};
+    DeviceCommands commands{model, channel};
+    ClearAll clearAll{model, view, commands, clearing, lists};
     Connection connection{model, view, channel, port.pause()};
     ReadBack readBack{model, view, channel, lists, clearing, commands, port.pause()};
 };

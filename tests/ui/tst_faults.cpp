@@ -67,7 +67,7 @@ struct Rig
     CommandChannel channel{model, view, port};
     MatrixLists lists{model, view};
     Clearing clearing{model, view};
-    DeviceCommands commands{model, view, channel, clearing, lists};
+    DeviceCommands commands{model, channel};
     Connection connection{model, view, channel};
     ReadBack readBack{model, view, channel, lists, clearing, commands};
     Mapping mapping{model, view, channel, commands, lists};

@@ -31,9 +31,7 @@ private slots:
         port.PortSetDevice(sim.portPath());
         QVERIFY(port.PortOpen());
         CommandChannel channel(model, view, port);
-        MatrixLists lists(model, view);
-        Clearing clearing(model, view);
-        DeviceCommands commands(model, view, channel, clearing, lists);
+        DeviceCommands commands(model, channel);
         FakeUnitStatusView unitView;
         UnitStatus status(model, view, unitView, channel, commands);
 

@@ -103,7 +103,7 @@ struct WindowRig
     CommandChannel channel{model, view, port, port.clock()};
     MatrixLists lists{model, view};
     Clearing clearing{model, view};
-    DeviceCommands commands{model, view, channel, clearing, lists};
+    DeviceCommands commands{model, channel};
     QWidget mainWindow;
     UnitStatusWindow unitWindow{&mainWindow};
     AdvancedWindow advancedWindow;
@@ -456,7 +456,7 @@ private slots:
         CommandChannel channel(model, main, port, port.clock());
         MatrixLists lists(model, main);
         Clearing clearing(model, main);
-        DeviceCommands commands(model, main, channel, clearing, lists);
+        DeviceCommands commands(model, channel);
         UnitStatusWindow unitWindow(&main);
         AdvancedWindow advancedWindow;
         UnitStatus status(model, main, unitWindow, channel, commands);

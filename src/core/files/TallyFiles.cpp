@@ -76,6 +76,7 @@ bool TallyFiles::LoadMatrixMappings(const QString &TallyFile, const QString &Loa
     if (LoadMode == QStringLiteral("Full")) {
         if (m_model.Online) {
             m_device.SystemInit();
+            m_clearing.ClearLocalMaps();
             m_device.EnableUnits();
         } else {
             m_clearing.ClearLocalMaps();

@@ -6,9 +6,8 @@
 
 using namespace Qt::StringLiterals;
 
-DeviceCommands::DeviceCommands(SystemModel &model, MainView &view, CommandChannel &channel,
-                               Clearing &clearing, MatrixLists &lists)
-    : m_model(model), m_view(view), m_channel(channel), m_clearing(clearing), m_lists(lists)
+DeviceCommands::DeviceCommands(SystemModel &model, CommandChannel &channel)
+    : m_model(model), m_channel(channel)
 {
 }
 
@@ -20,14 +19,11 @@ void DeviceCommands::keepReplyLine()
 void DeviceCommands::SystemInit()
 {
     m_channel.SendCommand(u"Init"_s);
-    m_clearing.ClearLocalMaps();
     keepReplyLine();
 }
 
 void DeviceCommands::SystemRefresh()
 {
-    // Before sending: the test state is gone even when the tally system does not answer.
-    m_clearing.ClearAllTest();
     m_channel.SendCommand(u"Refresh"_s);
     keepReplyLine();
 }
@@ -63,27 +59,4 @@ QString DeviceCommands::GetStat(qint16 Xunit)
     m_channel.SendCommand(u"GSTAT"_s + NumberField(Xunit));
     keepReplyLine();
     return m_model.Response;
-}
-
-void DeviceCommands::ResetAndClearAll()
-{
-    const MessageResult answer =
-        m_view.messageBox(u"Are you absolutely sure you want to Clear ALL ??"_s, u"Clear All"_s,
-                          MessageButtons::OkCancel, MessageIcon::None, MessageResult::Cancel);
-    if (answer != MessageResult::Ok)
-        return;
-    m_clearing.ClearAllTest();
-    if (m_model.Online) {
-        SystemInit();
-        EnableUnits();
-    }
-    m_clearing.ClearLocalMaps();
-    m_lists.UpdateListBox1();
-    m_view.setText(Control::lblFileName, QString());
-}
-
-void DeviceCommands::cmdInit_Click()
-{
-    ResetAndClearAll();
-    m_view.setFocus(Control::List1);
 }

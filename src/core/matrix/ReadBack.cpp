@@ -100,6 +100,8 @@ void ReadBack::SyncWithKestrel()
 
 void ReadBack::cmdRefresh_Click()
 {
+    // Before sending: the test state is gone even when the tally system does not answer.
+    m_clearing.ClearAllTest();
     m_commands.SystemRefresh();
     SyncWithKestrel();
     m_view.setFocus(Control::List1);
