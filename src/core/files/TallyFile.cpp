@@ -4,21 +4,24 @@
 #include <QFileInfo>
 #include <QSaveFile>
 
-TallyFile::ReadResult TallyFile::read(const QString &path)
+bool TallyFile::read(const QString &path, QStringList *fields, QString *error)
 {
     const QFileInfo info(path);
-    if (info.isDir())
-        return {{}, QStringLiteral("it is a folder")};
     QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
-        return {{}, file.errorString()};
-    if (file.size() > MaxBytes)
-        return {{}, QStringLiteral("it is larger than %1 MB, too large for a tally file")
-                        .arg(MaxBytes / (1024 * 1024))};
-    const QByteArray bytes = file.read(MaxBytes + 1);
-    if (file.error() != QFileDevice::NoError)
-        return {{}, file.errorString()};
-    return {fields(bytes), {}};
+    if (info.isDir())
+        *error = QStringLiteral("it is a folder");
+    else if (!file.open(QIODevice::ReadOnly))
+        *error = file.errorString();
+    else if (file.size() > MaxBytes)
+        *error = QStringLiteral("it is larger than %1 MB, too large for a tally file")
+                     .arg(MaxBytes / (1024 * 1024));
+    else if (const QByteArray bytes = file.read(MaxBytes + 1); file.error() != QFileDevice::NoError)
+        *error = file.errorString();
+    else {
+        *fields = TallyFile::fields(bytes);
+        return true;
+    }
+    return false;
 }
 
 QStringList TallyFile::fields(const QByteArray &bytes)
@@ -62,24 +65,29 @@ QStringList TallyFile::fields(const QByteArray &bytes)
     return out;
 }
 
-QString TallyFile::write(const QString &path, const QStringList &lines)
+QByteArray TallyFile::bytes(const QStringList &lines)
 {
+    QByteArray out;
+    for (const QString &line : lines)
+        out += line.toLatin1() + "\r\n";
+    return out;
+}
+
+bool TallyFile::write(const QString &path, const QStringList &lines, QString *error)
+{
+    const QByteArray text = bytes(lines);
     QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly))
-        return file.errorString();
-    for (const QString &line : lines) {
-        if (file.write(line.toLatin1() + "\r\n") < 0)
-            return file.errorString(); // QSaveFile discards what it wrote
-    }
-    if (!file.commit())
-        return file.errorString();
-    return {};
+    // A short write is a failure too; QSaveFile then discards what it wrote.
+    if (file.open(QIODevice::WriteOnly) && file.write(text) == text.size() && file.commit())
+        return true;
+    *error = file.errorString();
+    return false;
 }
 
 QString TallyFile::ParseFilename(const QString &TallyFile)
 {
     // Windows paths use backslashes, ours slashes: either ends the folder part.
-    const qsizetype p = std::max(TallyFile.lastIndexOf(QLatin1Char('\\')),
-                                 TallyFile.lastIndexOf(QLatin1Char('/')));
+    const qsizetype p =
+        std::max(TallyFile.lastIndexOf(QLatin1Char('\\')), TallyFile.lastIndexOf(QLatin1Char('/')));
     return p >= 1 ? TallyFile.mid(p + 1, 50) : QString();
 }

@@ -11,17 +11,14 @@ class TallyFile
 public:
     static constexpr qint64 MaxBytes = 16 * 1024 * 1024; // far above 1000 map strings
 
-    struct ReadResult
-    {
-        QStringList fields;
-        QString error; // "" when the file was read
-    };
-    static ReadResult read(const QString &path);
+    // Operations that can fail return false and say why in *error, as everywhere here.
+    static bool read(const QString &path, QStringList *fields, QString *error);
     static QStringList fields(const QByteArray &bytes);
 
-    // Writes every line followed by CR LF, atomically: on failure the previous file stays whole
-    // and the reason is returned; "" on success.
-    static QString write(const QString &path, const QStringList &lines);
+    // Every line followed by CR LF, in 8-bit text.
+    static QByteArray bytes(const QStringList &lines);
+    // Writes bytes(lines) atomically: on failure the previous file stays whole.
+    static bool write(const QString &path, const QStringList &lines, QString *error);
 
     // The name shown for a path: what follows its last separator, at most 50 characters.
     static QString ParseFilename(const QString &TallyFile);

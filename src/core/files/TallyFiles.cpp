@@ -25,8 +25,8 @@ TallyFiles::TallyFiles(SystemModel &model, MainView &view, Mapping &mapping, Rea
 
 QString TallyFiles::GetOpenTallyFileName()
 {
-    return m_view.chooseFile(FileDialog::Open, QStringLiteral("Open Tally file and upload to matrix"),
-                             Filter);
+    return m_view.chooseFile(FileDialog::Open,
+                             QStringLiteral("Open Tally file and upload to matrix"), Filter);
 }
 
 QString TallyFiles::GetSaveTallyFileName()
@@ -62,14 +62,15 @@ void TallyFiles::cmdPartLoadMatrix_Click() { load(QStringLiteral("Part")); }
 bool TallyFiles::LoadMatrixMappings(const QString &TallyFile, const QString &LoadMode)
 {
     // The whole file is read before anything changes, so that a bad file loses nothing.
-    TallyFile::ReadResult file = TallyFile::read(TallyFile);
-    if (!file.error.isEmpty()) {
-        fileError(QStringLiteral("The tally file could not be read:"), TallyFile, file.error);
+    QStringList fields;
+    QString error;
+    if (!TallyFile::read(TallyFile, &fields, &error)) {
+        fileError(QStringLiteral("The tally file could not be read:"), TallyFile, error);
         return false;
     }
-    const qsizetype ignored = file.fields.size() - MaxFields;
+    const qsizetype ignored = fields.size() - MaxFields;
     if (ignored > 0)
-        file.fields = file.fields.mid(0, MaxFields);
+        fields = fields.mid(0, MaxFields);
 
     m_view.setText(Control::lblDownloading, QString());
     m_lists.EnableControls(false);
@@ -83,8 +84,8 @@ bool TallyFiles::LoadMatrixMappings(const QString &TallyFile, const QString &Loa
         }
     }
 
-    for (int n = 0; n < file.fields.size(); ++n) {
-        m_model.RawMap[n] = file.fields[n];
+    for (int n = 0; n < fields.size(); ++n) {
+        m_model.RawMap[n] = fields[n];
         ParseGetMap(m_model, m_model.RawMap[n]);
         bool ok = true;
         if (m_model.Online) {
@@ -129,10 +130,10 @@ void TallyFiles::cmdSaveMatrix_Click()
     const QString path = GetSaveTallyFileName();
     if (!path.isEmpty()) {
         const bool exists = QFileInfo::exists(path);
-        if (!exists || m_view.messageBox(QStringLiteral("Do you want to Ovewrwrite existing file"),
-                                         QStringLiteral("File Already Exists"),
-                                         MessageButtons::YesNo, MessageIcon::None,
-                                         MessageResult::No) == MessageResult::Yes) {
+        if (!exists ||
+            m_view.messageBox(QStringLiteral("Do you want to Ovewrwrite existing file"),
+                              QStringLiteral("File Already Exists"), MessageButtons::YesNo,
+                              MessageIcon::None, MessageResult::No) == MessageResult::Yes) {
             if (SaveAllMappings(path)) {
                 m_lists.UpdateListBox1();
                 m_view.setText(Control::lblFileName, TallyFile::ParseFilename(path));
@@ -155,8 +156,8 @@ bool TallyFiles::SaveAllMappings(const QString &TallyFile)
                 lines << m_model.OutputMap[i];
         }
     }
-    const QString error = TallyFile::write(TallyFile, lines);
-    if (!error.isEmpty()) {
+    QString error;
+    if (!TallyFile::write(TallyFile, lines, &error)) {
         fileError(QStringLiteral("The tally file could not be written; any earlier file of that "
                                  "name is unchanged:"),
                   TallyFile, error);

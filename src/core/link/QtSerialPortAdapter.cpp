@@ -72,7 +72,12 @@ void QtSerialPortAdapter::PortWrite(const QByteArray &bytes)
 {
     if (!usable() || bytes.isEmpty())
         return; // treated as sent; the reply wait then ends with its time-out
-    m_port.write(bytes);
+    // A port that does not take the whole command is treated as gone: the reply wait then
+    // sleeps out its time-out rather than hearing an answer to half a command.
+    if (m_port.write(bytes) != bytes.size()) {
+        m_vanished = true;
+        return;
+    }
     // Hand the bytes to the driver now: no event loop runs until the exchange is over.
     m_port.flush();
 }
