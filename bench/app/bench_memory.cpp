@@ -42,8 +42,9 @@ qint16 inChannel(int j) { return qint16(1 + (j - 1) % 100); }
 
 QByteArray studioIni(const QString &device)
 {
-    QByteArray ini = "[Kestrel]\r\nSystem=Bench studio\r\nCommPort=1\r\nCommDevice=" +
-                     device.toUtf8() + "\r\nEnabledUnits=1,2,3,4,5,6,7,8,9,10\r\n";
+    QByteArray ini =
+        "[Kestrel]\r\nSystem=Bench studio\r\nCommPort=1\r\nCommDevice=" + device.toUtf8() +
+        "\r\nEnabledUnits=1,2,3,4,5,6,7,8,9,10\r\n";
     for (int i = 1; i <= MaxDeclared; ++i)
         ini += "Output " + QByteArray::number(i) + "=Wall tile " + QByteArray::number(i) + "," +
                QByteArray::number(outUnit(i)) + "," + QByteArray::number(outChannel(i)) + "\r\n";
@@ -108,7 +109,8 @@ bool runOnce(X11Windows &x, const QString &program, const QString &simPath, cons
     QFile::remove(log);
     QProcess sim;
     sim.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-    sim.start(simPath, {u"--link"_s, link, u"--rows"_s, table, u"--log"_s, log, u"--baud"_s, u"0"_s});
+    sim.start(simPath,
+              {u"--link"_s, link, u"--rows"_s, table, u"--log"_s, log, u"--baud"_s, u"0"_s});
     if (!sim.waitForStarted(5000))
         return false;
     for (int i = 0; i < 100 && !QFile::exists(link); ++i)
@@ -191,8 +193,9 @@ int main(int argc, char *argv[])
     for (int r = 0; r < runs; ++r) {
         Run run;
         if (!runOnce(x, program, simPath, table.fileName(), dir.path(), &run)) {
-            std::fprintf(stderr, "run %d: the configurator did not come up online with the "
-                                 "full matrix (%d rows asked)\n",
+            std::fprintf(stderr,
+                         "run %d: the configurator did not come up online with the "
+                         "full matrix (%d rows asked)\n",
                          r + 1, run.rows);
             return 1;
         }

@@ -36,8 +36,9 @@ double msSince(Clock::time_point t0)
 
 QByteArray studioIni(const QString &device)
 {
-    QByteArray ini = "[Kestrel]\r\nSystem=Bench studio\r\nCommPort=1\r\nCommDevice=" +
-                     device.toUtf8() + "\r\nEnabledUnits=1,2,3,4,5,6,7,8,9,10\r\n";
+    QByteArray ini =
+        "[Kestrel]\r\nSystem=Bench studio\r\nCommPort=1\r\nCommDevice=" + device.toUtf8() +
+        "\r\nEnabledUnits=1,2,3,4,5,6,7,8,9,10\r\n";
     for (int i = 1; i <= 999; ++i)
         ini += "Output " + QByteArray::number(i) + "=Wall tile " + QByteArray::number(i) + "," +
                QByteArray::number(1 + (i - 1) / 100) + "," + QByteArray::number(1 + (i - 1) % 100) +
@@ -64,8 +65,8 @@ long statusKb(qint64 pid, const char *key)
 
 struct Run
 {
-    double mappedMs = -1;  // the window mapped
-    double shownMs = -1;   // ... and drawn into
+    double mappedMs = -1;   // the window mapped
+    double shownMs = -1;    // ... and drawn into
     double conflictMs = -1; // the "Port Conflict" box shown
     long hwmKb = -1;
 };

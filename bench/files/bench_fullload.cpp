@@ -17,10 +17,10 @@
 #include "matrix/Mapping.h"
 #include "matrix/MatrixLists.h"
 #include "matrix/ReadBack.h"
-#include "view/MainView.h"
 #include "model/NumberText.h"
 #include "model/SystemModel.h"
 #include "support/LineBench.h"
+#include "view/MainView.h"
 
 #include <QCoreApplication>
 #include <QFile>

@@ -12,9 +12,9 @@
 #include "matrix/MapString.h"
 #include "matrix/MatrixLists.h"
 #include "matrix/ReadBack.h"
-#include "view/MainView.h"
 #include "model/SystemModel.h"
 #include "support/LineBench.h"
+#include "view/MainView.h"
 
 #include <QCoreApplication>
 #include <QFile>

@@ -1,9 +1,9 @@
 // Redraws all 999 output rows of the real main window, every output mapped (a third of them
 // boolean), and prints the time one UpdateListBox1 takes beside its target.
-#include "matrix/MapString.h"
-#include "matrix/MatrixLists.h"
 #include "gui/Dialogs.h"
 #include "gui/MainWindow.h"
+#include "matrix/MapString.h"
+#include "matrix/MatrixLists.h"
 
 #include <QApplication>
 #include <QElapsedTimer>

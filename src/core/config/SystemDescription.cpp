@@ -66,12 +66,19 @@ int countFrom(const CSimpleIniA &ini, const char *prefix, int first)
 
 } // namespace
 
-SystemDescription::SystemDescription(QString programDir) : m_programDir(std::move(programDir)) {}
-
-QString SystemDescription::filePath() const
+SystemDescription::SystemDescription(const QString &programDir)
+    : m_filePath(QDir(programDir).filePath(QStringLiteral("Kestrel.ini")))
 {
-    return QDir(m_programDir).filePath(QStringLiteral("Kestrel.ini"));
 }
+
+SystemDescription SystemDescription::fromFile(const QString &filePath)
+{
+    SystemDescription description{QString()};
+    description.m_filePath = filePath;
+    return description;
+}
+
+QString SystemDescription::filePath() const { return m_filePath; }
 
 bool SystemDescription::IniRead(SystemModel &model)
 {

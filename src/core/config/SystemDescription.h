@@ -11,7 +11,9 @@ public:
     static constexpr int MaxKeysLooked = 1500; // Output/Input indices the reader looks at
     static constexpr qint64 MaxFileBytes = 64 * 1024 * 1024;
 
-    explicit SystemDescription(QString programDir);
+    explicit SystemDescription(const QString &programDir);
+    // A description file named by its path, whatever its name (the command line's --ini).
+    static SystemDescription fromFile(const QString &filePath);
 
     // True when the key System has a value; then the description part of `model` is filled
     // (entries beyond the tables' limit are left out, see limitWarning). False leaves `model`
@@ -28,6 +30,6 @@ public:
     const QString &limitWarning() const { return m_limitWarning; }
 
 private:
-    QString m_programDir;
+    QString m_filePath;
     QString m_limitWarning;
 };

@@ -1,8 +1,8 @@
 #include "events/KeyboardEntry.h"
 
+#include "events/SelectionEvents.h"
 #include "matrix/Mapping.h"
 #include "matrix/MatrixLists.h"
-#include "events/SelectionEvents.h"
 #include "model/NumberText.h"
 
 #include <cmath>

@@ -41,7 +41,8 @@ void SelectionEvents::ReadBackMapping()
     m_view.setText(Control::lblInChannel, QString::number(m_model.CurrentInChannel));
 }
 
-void SelectionEvents::moveSelection(Control list, int last, bool up, Qt::KeyboardModifiers modifiers)
+void SelectionEvents::moveSelection(Control list, int last, bool up,
+                                    Qt::KeyboardModifiers modifiers)
 {
     const int r = m_view.currentRow(list);
     const int step = WithModifier(modifiers) ? 10 : 1;

@@ -2,9 +2,9 @@
 
 #include "link/CommandChannel.h"
 #include "link/DeviceCommands.h"
+#include "model/SystemModel.h"
 #include "view/MainView.h"
 #include "view/SecondaryViews.h"
-#include "model/SystemModel.h"
 
 #include <QString>
 #include <QTimer>

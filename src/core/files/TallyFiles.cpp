@@ -143,7 +143,7 @@ void TallyFiles::cmdSaveMatrix_Click()
     m_view.setFocus(Control::List1);
 }
 
-bool TallyFiles::SaveAllMappings(const QString &TallyFile)
+QStringList TallyFiles::SavedLines()
 {
     QStringList lines;
     if (m_model.Online) {
@@ -156,6 +156,12 @@ bool TallyFiles::SaveAllMappings(const QString &TallyFile)
                 lines << m_model.OutputMap[i];
         }
     }
+    return lines;
+}
+
+bool TallyFiles::SaveAllMappings(const QString &TallyFile)
+{
+    const QStringList lines = SavedLines();
     QString error;
     if (!TallyFile::write(TallyFile, lines, &error)) {
         fileError(QStringLiteral("The tally file could not be written; any earlier file of that "

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "view/MainView.h"
 #include "model/SystemModel.h"
+#include "view/MainView.h"
 
 class Clearing;
 class DeviceCommands;
@@ -28,6 +28,9 @@ public:
     bool LoadMatrixMappings(const QString &TallyFile, const QString &LoadMode);
     // False when the file could not be written; the operator has been told.
     bool SaveAllMappings(const QString &TallyFile);
+    // The lines a save writes: online the tally system's table as read back, offline the
+    // model's map strings in output order. For writers other than a file (standard output).
+    QStringList SavedLines();
 
     QString GetOpenTallyFileName();
     QString GetSaveTallyFileName();

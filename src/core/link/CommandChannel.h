@@ -2,8 +2,8 @@
 
 #include "link/LinkTiming.h"
 #include "link/SerialPort.h"
-#include "view/MainView.h"
 #include "model/SystemModel.h"
+#include "view/MainView.h"
 
 #include <QString>
 #include <QTimer>

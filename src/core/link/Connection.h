@@ -2,8 +2,8 @@
 
 #include "link/CommandChannel.h"
 #include "link/LinkTiming.h"
-#include "view/MainView.h"
 #include "model/SystemModel.h"
+#include "view/MainView.h"
 
 #include <QString>
 

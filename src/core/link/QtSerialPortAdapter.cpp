@@ -47,7 +47,11 @@ bool QtSerialPortAdapter::PortOpen()
     m_port.setParity(QSerialPort::NoParity);
     m_port.setStopBits(QSerialPort::OneStop);
     m_port.setFlowControl(QSerialPort::NoFlowControl);
+    m_openError = QSerialPort::NoError;
+    m_openErrorString.clear();
     if (!m_port.open(QIODevice::ReadWrite)) {
+        m_openError = m_port.error();
+        m_openErrorString = m_port.errorString();
         m_port.clearError();
         return false;
     }

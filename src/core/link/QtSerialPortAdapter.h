@@ -29,6 +29,10 @@ public:
     // The device that PortOpen opens: the device path, or the numbered port's device.
     QString devicePath() const;
     bool isOpen() const { return m_port.isOpen(); }
+    // Why the last PortOpen failed (NoError after one that succeeded), for a front end that
+    // has to tell a missing device from one another program holds.
+    QSerialPort::SerialPortError openError() const { return m_openError; }
+    QString openErrorString() const { return m_openErrorString; }
 
 private:
     void onReadyRead();
@@ -37,13 +41,7 @@ private:
     bool usable();
     // What one look at the line found: nothing within the time, bytes, a wake-up without
     // bytes, or a line that is gone.
-    enum class PullResult
-    {
-        Nothing,
-        Bytes,
-        Spurious,
-        Gone
-    };
+    enum class PullResult { Nothing, Bytes, Spurious, Gone };
     PullResult pullIn(int timeoutMs);
     PullResult vanish();
 
@@ -53,4 +51,6 @@ private:
     std::function<void()> m_dataReceived;
     bool m_notificationQueued = false;
     bool m_vanished = false;
+    QSerialPort::SerialPortError m_openError = QSerialPort::NoError;
+    QString m_openErrorString;
 };

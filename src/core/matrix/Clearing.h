@@ -1,7 +1,7 @@
 #pragma once
 
-#include "view/MainView.h"
 #include "model/SystemModel.h"
+#include "view/MainView.h"
 
 // Forgetting local state: the mappings of the outputs, and the output test. Nothing is sent
 // and no row text is redrawn; callers redraw when they need to.

@@ -19,7 +19,8 @@ QString ComposeMapString(qint16 Ounit, qint16 Ochannel, qint16 IUnit, qint16 ICh
 QString ComposeBoolMapString(qint16 Ounit, qint16 Ochannel, qint16 IUnit, qint16 IChannel,
                              qint16 IUnitBool, qint16 IChannelBool, qint16 BoolType)
 {
-    return ComposeMapFields({Ounit, Ochannel, IUnit, IChannel, 1, IUnitBool, IChannelBool, BoolType});
+    return ComposeMapFields(
+        {Ounit, Ochannel, IUnit, IChannel, 1, IUnitBool, IChannelBool, BoolType});
 }
 
 MapFields ReadMapFields(QStringView text)

@@ -12,9 +12,8 @@ Mapping::Mapping(SystemModel &model, MainView &view, CommandChannel &channel,
 {
     m_timer3.setSingleShot(true);
     m_timer3.setInterval(MapFlashTime);
-    QObject::connect(&m_timer3, &QTimer::timeout, [this] {
-        m_view.setBackColour(Control::cmdMapIt, Colours::ButtonFace);
-    });
+    QObject::connect(&m_timer3, &QTimer::timeout,
+                     [this] { m_view.setBackColour(Control::cmdMapIt, Colours::ButtonFace); });
 }
 
 void Mapping::flashMapButton()
@@ -28,16 +27,16 @@ bool Mapping::composable(std::initializer_list<qint16> numbers)
 {
     for (qint16 n : numbers) {
         if (n < LowestNumber || n > HighestNumber) {
-            m_view.setText(Control::lblError, QStringLiteral("Not mapped: %1 is outside 0-999").arg(n));
+            m_view.setText(Control::lblError,
+                           QStringLiteral("Not mapped: %1 is outside 0-999").arg(n));
             return false;
         }
     }
     return true;
 }
 
-bool Mapping::apply(qint16 Ounit, qint16 Ochannel, bool unmap,
-                    std::initializer_list<qint16> inputs, const QString &command,
-                    const QString &mapString)
+bool Mapping::apply(qint16 Ounit, qint16 Ochannel, bool unmap, std::initializer_list<qint16> inputs,
+                    const QString &command, const QString &mapString)
 {
     flashMapButton();
     // A number a map string cannot hold would come back as another output or input: refuse
@@ -70,11 +69,11 @@ bool Mapping::SetBoolMapping(qint16 Ounit, qint16 Ochannel, qint16 IUnit, qint16
 {
     // The unmap test is on the first input; the second is then not sent at all.
     const QString keyword = BoolType == AndMapping ? QStringLiteral("AND") : QStringLiteral("OR");
-    return apply(Ounit, Ochannel, IUnit < 1, {IUnit, IChannel, IUnitBool, IChannelBool},
-                 keyword + NumberField(Ounit) + NumberField(Ochannel) + NumberField(IUnitBool) +
-                     NumberField(IChannelBool),
-                 ComposeBoolMapString(Ounit, Ochannel, IUnit, IChannel, IUnitBool, IChannelBool,
-                                      BoolType));
+    return apply(
+        Ounit, Ochannel, IUnit < 1, {IUnit, IChannel, IUnitBool, IChannelBool},
+        keyword + NumberField(Ounit) + NumberField(Ochannel) + NumberField(IUnitBool) +
+            NumberField(IChannelBool),
+        ComposeBoolMapString(Ounit, Ochannel, IUnit, IChannel, IUnitBool, IChannelBool, BoolType));
 }
 
 int Mapping::selectedOutput() const

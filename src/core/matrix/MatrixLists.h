@@ -1,7 +1,7 @@
 #pragma once
 
-#include "view/MainView.h"
 #include "model/SystemModel.h"
+#include "view/MainView.h"
 
 // The three lists of the main window: filling them from the description, the text of each
 // output row, moving to the next output, the download bracket and the "Boolean" layout.

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "view/MainView.h"
 #include "model/SystemModel.h"
+#include "view/MainView.h"
 
 class CommandChannel;
 class ReadBack;

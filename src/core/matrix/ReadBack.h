@@ -5,8 +5,8 @@
 #include "link/LinkTiming.h"
 #include "matrix/Clearing.h"
 #include "matrix/MatrixLists.h"
-#include "view/MainView.h"
 #include "model/SystemModel.h"
+#include "view/MainView.h"
 
 #include <QString>
 

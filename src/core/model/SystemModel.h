@@ -8,9 +8,9 @@
 // write these fields directly, under the names the rest of the code and the operators' notes
 // use. One owner (the application) for the life of the process.
 
-inline constexpr int TableSize = 1000;      // indices 0..999 of every table
-inline constexpr int MaxDeclared = 999;     // outputs 1..999, inputs 0..999
-inline constexpr int MaxEnabledUnits = 50;  // EnabledUnitList entries 1..50
+inline constexpr int TableSize = 1000;     // indices 0..999 of every table
+inline constexpr int MaxDeclared = 999;    // outputs 1..999, inputs 0..999
+inline constexpr int MaxEnabledUnits = 50; // EnabledUnitList entries 1..50
 
 struct SystemModel
 {

@@ -7,6 +7,8 @@
 // view. The real window implements it with widgets; tests implement it with a recording fake.
 // Controls are named as on the window (their objectName), so a call reads like the window.
 
+// The controls in groups, as on the window.
+// clang-format off
 enum class Control {
     // lists
     List1, list2, list3,
@@ -21,6 +23,7 @@ enum class Control {
     // transmit and receive lamps
     Shape1, Shape2,
 };
+// clang-format on
 
 enum class Window { frmVerbose, frmUnitBits };
 
