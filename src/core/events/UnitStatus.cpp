@@ -24,7 +24,8 @@ UnitStatus::UnitStatus(SystemModel &model, MainView &mainView, UnitStatusView &v
     : m_model(model), m_main(mainView), m_view(view), m_channel(channel), m_commands(commands)
 {
     m_tmrInputStatus.setInterval(PollInterval);
-    QObject::connect(&m_tmrInputStatus, &QTimer::timeout, [this] { tmrInputStatus_Timer(); });
+    QObject::connect(&m_tmrInputStatus, &QTimer::timeout, &m_tmrInputStatus,
+                     [this] { tmrInputStatus_Timer(); });
 }
 
 void UnitStatus::GetBits(qint16 Ounit)

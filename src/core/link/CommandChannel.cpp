@@ -10,11 +10,11 @@ CommandChannel::CommandChannel(SystemModel &model, MainView &view, SerialPort &p
 {
     m_timer2.setSingleShot(true);
     m_timer2.setInterval(TransmitLampTime);
-    QObject::connect(&m_timer2, &QTimer::timeout,
+    QObject::connect(&m_timer2, &QTimer::timeout, &m_timer2,
                      [this] { m_view.setBackColour(Control::Shape1, Colours::Green); });
     m_timer4.setSingleShot(true);
     m_timer4.setInterval(ReceiveLampTime);
-    QObject::connect(&m_timer4, &QTimer::timeout,
+    QObject::connect(&m_timer4, &QTimer::timeout, &m_timer4,
                      [this] { m_view.setBackColour(Control::Shape2, Colours::Green); });
     m_port.setPortDataReceived([this] { ShowIncoming(); });
 }

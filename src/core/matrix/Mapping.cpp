@@ -12,7 +12,7 @@ Mapping::Mapping(SystemModel &model, MainView &view, CommandChannel &channel,
 {
     m_timer3.setSingleShot(true);
     m_timer3.setInterval(MapFlashTime);
-    QObject::connect(&m_timer3, &QTimer::timeout,
+    QObject::connect(&m_timer3, &QTimer::timeout, &m_timer3,
                      [this] { m_view.setBackColour(Control::cmdMapIt, Colours::ButtonFace); });
 }
 
