@@ -1,0 +1,78 @@
+#pragma once
+
+#include "cli/ConsoleView.h"
+#include "files/TallyFiles.h"
+#include "link/CommandChannel.h"
+#include "link/Connection.h"
+#include "link/DeviceCommands.h"
+#include "link/QtSerialPortAdapter.h"
+#include "matrix/Clearing.h"
+#include "matrix/MapString.h"
+#include "matrix/Mapping.h"
+#include "matrix/MatrixLists.h"
+#include "matrix/ReadBack.h"
+#include "model/SystemModel.h"
+
+#include <QString>
+#include <QStringList>
+
+#include <memory>
+
+class Console;
+
+// The configurator's logic put together on the console view and one serial port, as the
+// window's Configurator does on the window: the same parts, so that kestrelctl sends exactly
+// what the window sends. The steps of a start each fail with one line saying why.
+class ConsoleSession
+{
+public:
+    ConsoleSession(Console &console, ConsoleView &view);
+    ConsoleSession(const ConsoleSession &) = delete;
+    ConsoleSession &operator=(const ConsoleSession &) = delete;
+
+    // Reads the description file at `iniPath` and fills the lists, as the window's start does.
+    bool describe(const QString &iniPath, QString *error);
+    // Opens the description's port, or `device` when it is not empty.
+    bool open(const QString &device, QString *error);
+    // The window's probe; the question whether to try again is answered No.
+    bool goOnline(QString *error);
+    // The whole table, as the window's online Save reads it: "Comp", then every row until the
+    // end of the table. Fails when the tally system stopped answering before the end.
+    bool readTable(QStringList *lines, QString *error);
+
+    // open, then goOnline.
+    bool connect(const QString &device, QString *error);
+    // A tally file's map strings, read and checked before anything is sent.
+    static bool readTallyFile(const QString &path, QList<MapFields> *maps, QString *error);
+
+    // The path of the port opened.
+    QString devicePath() const { return m_port.devicePath(); }
+
+    SystemModel &model() { return *m_model; }
+    ConsoleView &view() { return m_view; }
+    CommandChannel &channel() { return m_channel; }
+    DeviceCommands &commands() { return m_commands; }
+    Mapping &mapping() { return m_mapping; }
+    ReadBack &readBack() { return m_readBack; }
+    TallyFiles &files() { return m_files; }
+
+    // What no reply within the deadline says, for the failure lines.
+    QString noReplyText() const;
+
+private:
+    // "kestrel (process 1234)" for the program that holds the port at `path` locked, or "".
+    static QString holderOf(const QString &path);
+
+    Console &m_console;
+    ConsoleView &m_view;
+    std::unique_ptr<SystemModel> m_model;
+    QtSerialPortAdapter m_port;
+    CommandChannel m_channel;
+    MatrixLists m_lists;
+    Clearing m_clearing;
+    DeviceCommands m_commands;
+    Connection m_connection;
+    ReadBack m_readBack;
+    Mapping m_mapping;
+    TallyFiles m_files;
+};

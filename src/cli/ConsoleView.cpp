@@ -1,0 +1,92 @@
+#include "cli/ConsoleView.h"
+
+#include "cli/Console.h"
+
+#include <QCoreApplication>
+
+using namespace Qt::StringLiterals;
+
+const QString ConsoleView::CommError = u"Comm Error!"_s;
+
+ConsoleView::ConsoleView(Console &console) : m_console(console) {}
+
+void ConsoleView::setText(Control control, const QString &text)
+{
+    m_texts[control] = text;
+    if (control == Control::lblDownloading) {
+        m_console.status(text);
+    } else if (control == Control::lblError && text == CommError) {
+        ++m_commErrors;
+        if (m_onCommError)
+            m_onCommError();
+    } else if (control == Control::lblError && !text.isEmpty()) {
+        m_lastError = text;
+    }
+}
+
+QString ConsoleView::text(Control control) const { return m_texts.value(control); }
+
+void ConsoleView::setEnabled(Control control, bool enabled) { m_disabled[control] = !enabled; }
+
+bool ConsoleView::isEnabled(Control control) const { return !m_disabled.value(control); }
+
+void ConsoleView::setVisible(Control control, bool visible) { m_hidden[control] = !visible; }
+
+bool ConsoleView::isVisible(Control control) const { return !m_hidden.value(control); }
+
+void ConsoleView::setBackColour(Control control, Colour colour)
+{
+    // The transmit lamp turns red once for every command sent.
+    if (control == Control::Shape1 && colour == Colours::Red)
+        m_console.commandSent();
+}
+
+void ConsoleView::setChecked(Control control, bool checked) { m_checked[control] = checked; }
+
+bool ConsoleView::isChecked(Control control) const { return m_checked.value(control); }
+
+void ConsoleView::clearRows(Control list)
+{
+    m_rows.remove(list);
+    m_current.remove(list);
+}
+
+void ConsoleView::addRow(Control list, const QString &text) { m_rows[list] << text; }
+
+int ConsoleView::rowCount(Control list) const { return int(m_rows.value(list).size()); }
+
+QString ConsoleView::rowText(Control list, int row) const { return m_rows.value(list).value(row); }
+
+void ConsoleView::setRowText(Control list, int row, const QString &text)
+{
+    QStringList &rows = m_rows[list];
+    if (row >= 0 && row < rows.size())
+        rows[row] = text;
+}
+
+int ConsoleView::currentRow(Control list) const { return m_current.value(list, -1); }
+
+void ConsoleView::setCurrentRow(Control list, int row)
+{
+    if (row >= 0 && row < rowCount(list))
+        m_current[list] = row;
+}
+
+MessageResult ConsoleView::messageBox(const QString &text, const QString &title,
+                                      MessageButtons buttons, MessageIcon, MessageResult)
+{
+    m_messages << title + u": "_s + QString(text).replace(u"\r\n"_s, u" "_s).replace(u'\r', u' ');
+    switch (buttons) {
+    case MessageButtons::YesNo:
+        return MessageResult::No;
+    case MessageButtons::OkCancel:
+        return MessageResult::Cancel;
+    case MessageButtons::Ok:
+        break;
+    }
+    return MessageResult::Ok;
+}
+
+void ConsoleView::processEvents() { QCoreApplication::processEvents(); }
+
+QStringList ConsoleView::takeMessages() { return std::exchange(m_messages, {}); }

@@ -1,0 +1,78 @@
+#pragma once
+
+#include "view/MainView.h"
+
+#include <QHash>
+#include <QStringList>
+
+#include <functional>
+
+class Console;
+
+// The main window as kestrelctl has it: no window at all. Texts, states and list rows are only
+// kept; the transmit lamp counts commands and the progress label feeds the progress line.
+// Nobody is there to answer a question: every question is answered No (or Cancel) and kept,
+// so that the command can fail with its meaning; plain messages are kept for the command too.
+class ConsoleView : public MainView
+{
+public:
+    explicit ConsoleView(Console &console);
+
+    void setText(Control control, const QString &text) override;
+    QString text(Control control) const override;
+    void setToolTip(Control, const QString &) override {}
+    void setEnabled(Control control, bool enabled) override;
+    bool isEnabled(Control control) const override;
+    void setVisible(Control control, bool visible) override;
+    bool isVisible(Control control) const override;
+    void setBackColour(Control control, Colour colour) override;
+    void setForeColour(Control, Colour) override {}
+    void setChecked(Control control, bool checked) override;
+    bool isChecked(Control control) const override;
+    void setHeightTwips(Control, int) override {}
+    void setFocus(Control) override {}
+    void selectAllText(Control) override {}
+    void repaintNow(Control) override {}
+
+    void setColumnWidths(Control, const QList<int> &) override {}
+    void clearRows(Control list) override;
+    void addRow(Control list, const QString &text) override;
+    int rowCount(Control list) const override;
+    QString rowText(Control list, int row) const override;
+    void setRowText(Control list, int row, const QString &text) override;
+    void setRowColour(Control, int, Colour) override {}
+    int currentRow(Control list) const override;
+    void setCurrentRow(Control list, int row) override;
+
+    void showWindow(Window, bool) override {}
+    MessageResult messageBox(const QString &text, const QString &title, MessageButtons buttons,
+                             MessageIcon icon, MessageResult defaultButton) override;
+    QString chooseFile(FileDialog, const QString &, const QString &) override { return {}; }
+    void processEvents() override;
+    void beep() override {}
+
+    // Exchanges that ended without a complete reply since the last reset.
+    int commErrors() const { return m_commErrors; }
+    void resetCommErrors() { m_commErrors = 0; }
+    // Called at every exchange that ends without a complete reply.
+    void setCommErrorHandler(std::function<void()> handler) { m_onCommError = std::move(handler); }
+    // The last text other than "" and "Comm Error!" that the logic put into lblError.
+    const QString &lastError() const { return m_lastError; }
+    // The message boxes and questions so far, one line each ("title: text"), then forgotten.
+    QStringList takeMessages();
+
+    static const QString CommError;
+
+private:
+    Console &m_console;
+    QHash<Control, QString> m_texts;
+    QHash<Control, bool> m_disabled;
+    QHash<Control, bool> m_hidden;
+    QHash<Control, bool> m_checked;
+    QHash<Control, QStringList> m_rows;
+    QHash<Control, int> m_current;
+    QStringList m_messages;
+    QString m_lastError;
+    int m_commErrors = 0;
+    std::function<void()> m_onCommError;
+};

@@ -1,0 +1,27 @@
+#include "cli/VerifyCommand.h"
+
+#include "cli/Console.h"
+#include "cli/ConsoleSession.h"
+#include "cli/MatrixComparison.h"
+
+VerifyCommand::VerifyCommand(ConsoleSession &session, Console &console)
+    : m_session(session), m_console(console)
+{
+}
+
+int VerifyCommand::run(const QString &file, const QString &device)
+{
+    QList<MapFields> maps;
+    QStringList table;
+    QString error;
+    if (!ConsoleSession::readTallyFile(file, &maps, &error) || !m_session.connect(device, &error) ||
+        !m_session.readTable(&table, &error)) {
+        m_console.error(error);
+        return ExitFailure;
+    }
+    const MatrixComparison comparison(m_session.model());
+    const QList<MatrixComparison::Output> differences = comparison.differences(maps, false);
+    for (const MatrixComparison::Output &o : differences)
+        m_console.line(comparison.describe(o));
+    return differences.isEmpty() ? ExitSuccess : ExitDifferent;
+}
