@@ -4,15 +4,15 @@
 # that the tests compare two independent implementations.
 set -u
 cd "$(dirname "$0")/../.."
-order=(core/model core/view core/config core/link core/matrix core/files core/events gui app)
+order=(core/model core/view core/config core/link core/matrix core/files core/events cli gui app)
 rank() {
     local i
     for i in "${!order[@]}"; do [ "${order[$i]}" = "$1" ] && echo "$i" && return; done
     echo -1
 }
-# The folder an include names: "gui/X.h" is gui, "link/X.h" is core/link.
+# The folder an include names: "gui/X.h" is gui, "cli/X.h" is cli, "link/X.h" is core/link.
 target_of() {
-    case "$1" in gui/*) echo gui ;; */*) echo "core/${1%%/*}" ;; *) echo "" ;; esac
+    case "$1" in gui/*) echo gui ;; cli/*) echo cli ;; */*) echo "core/${1%%/*}" ;; *) echo "" ;; esac
 }
 status=0
 while IFS= read -r file; do
