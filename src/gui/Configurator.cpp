@@ -13,12 +13,14 @@
 #include <QKeyEvent>
 #include <QLineEdit>
 
-Configurator::Configurator(SystemModel &model, MainWindow &window, SerialPort &port)
-    : m_model(model), m_window(window), m_port(port), m_channel(model, window, port),
-      m_lists(model, window), m_clearing(model, window), m_commands(model, m_channel),
+Configurator::Configurator(SystemModel &model, MainWindow &window, SerialPort &port,
+                           MonotonicClock clock, Pause pause)
+    : m_model(model), m_window(window), m_port(port),
+      m_channel(model, window, port, std::move(clock)), m_lists(model, window),
+      m_clearing(model, window), m_commands(model, m_channel),
       m_clearAll(model, window, m_commands, m_clearing, m_lists),
-      m_connection(model, window, m_channel),
-      m_readBack(model, window, m_channel, m_lists, m_clearing, m_commands),
+      m_connection(model, window, m_channel, pause),
+      m_readBack(model, window, m_channel, m_lists, m_clearing, m_commands, pause),
       m_mapping(model, window, m_channel, m_commands, m_lists),
       m_test(model, window, m_channel, m_readBack),
       m_selection(model, window, m_lists, m_mapping, m_test),

@@ -11,6 +11,7 @@
 #include "link/CommandChannel.h"
 #include "link/Connection.h"
 #include "link/DeviceCommands.h"
+#include "link/LinkTiming.h"
 #include "matrix/Clearing.h"
 #include "matrix/Mapping.h"
 #include "matrix/MatrixLists.h"
@@ -30,7 +31,10 @@ class Configurator : public QObject
 {
     Q_OBJECT
 public:
-    Configurator(SystemModel &model, MainWindow &window, SerialPort &port);
+    // The clock times the replies and the pauses let the tally system settle; tests pass their
+    // own so that no window test sleeps through them.
+    Configurator(SystemModel &model, MainWindow &window, SerialPort &port,
+                 MonotonicClock clock = SteadyClock(), Pause pause = ThreadPause());
 
     // Reads the description from `programDir`, fills and shows the window, opens the port and
     // tries the link; online, reads the matrix back. False when the program has to end (no
