@@ -7,7 +7,6 @@
 #include <QSerialPort>
 #include <QString>
 #include <QStringList>
-#include <QTemporaryDir>
 
 // One kestrel-sim process and a serial port opened on it, the way the configurator opens its
 // port (QSerialPort, 9600 8N1). Functions report failure through their result, so that tests
@@ -15,24 +14,22 @@
 class SimSession
 {
 public:
-    SimSession() = default;
-    SimSession(const SimSession &) = delete;
-    SimSession &operator=(const SimSession &) = delete;
-    ~SimSession() { stop(); }
+    ~SimSession()
+    {
+        m_process.kill();
+        m_process.waitForFinished(5000);
+    }
 
     // Starts kestrel-sim with the arguments, reads the port path from its first line of output
-    // and opens the port.
+    // and opens the port. When the program ends instead, its error output is the problem text.
     bool start(const QStringList &arguments)
     {
-        m_process.setProgram(QStringLiteral(KESTREL_SIM_PATH));
-        m_process.setArguments(arguments);
-        m_process.start();
-        if (!m_process.waitForStarted(5000))
-            return fail(QStringLiteral("kestrel-sim did not start: ") + m_process.errorString());
+        m_process.start(QStringLiteral(KESTREL_SIM_PATH), arguments);
         const QDeadlineTimer deadline(5000);
         while (!m_process.canReadLine()) {
             if (deadline.hasExpired() || !m_process.waitForReadyRead(deadline.remainingTime()))
-                return fail(QStringLiteral("no port path; stderr: ") + errors());
+                return fail(QStringLiteral("no port path; stderr: ") +
+                            QString::fromLocal8Bit(m_process.readAllStandardError()));
         }
         m_portPath = QString::fromLocal8Bit(m_process.readLine()).trimmed();
         return open(m_portPath);
@@ -44,10 +41,6 @@ public:
         m_port.close();
         m_port.setPortName(path);
         m_port.setBaudRate(QSerialPort::Baud9600);
-        m_port.setDataBits(QSerialPort::Data8);
-        m_port.setParity(QSerialPort::NoParity);
-        m_port.setStopBits(QSerialPort::OneStop);
-        m_port.setFlowControl(QSerialPort::NoFlowControl);
         if (!m_port.open(QIODevice::ReadWrite))
             return fail(QStringLiteral("cannot open ") + path + QStringLiteral(": ") +
                         m_port.errorString());
@@ -61,7 +54,7 @@ public:
     QByteArray exchange(const QByteArray &command, int timeoutMs = 2000)
     {
         send(command);
-        return collectReply(timeoutMs);
+        return readFor(timeoutMs, true);
     }
 
     void send(const QByteArray &command)
@@ -70,55 +63,19 @@ public:
         m_port.waitForBytesWritten(1000);
     }
 
-    QByteArray collectReply(int timeoutMs = 2000)
-    {
-        QByteArray received = m_port.readAll();
-        const QDeadlineTimer deadline(timeoutMs);
-        while (!deadline.hasExpired()) {
-            if (received.endsWith("\r\n.")) {
-                received += readFor(SettleMs); // anything after the terminator is a fault
-                break;
-            }
-            if (m_port.waitForReadyRead(int(deadline.remainingTime())))
-                received += m_port.readAll();
-        }
-        return received;
-    }
-
-    // Everything that arrives within the time.
-    QByteArray readFor(int ms)
+    // Everything that arrives within the time; with `untilReply`, only until a complete reply
+    // has come and then a moment more, in which nothing may follow it.
+    QByteArray readFor(int ms, bool untilReply = false)
     {
         QByteArray received = m_port.readAll();
         const QDeadlineTimer deadline(ms);
-        while (!deadline.hasExpired()) {
+        while (!deadline.hasExpired() && !(untilReply && received.endsWith("\r\n."))) {
             if (m_port.waitForReadyRead(int(deadline.remainingTime())))
                 received += m_port.readAll();
         }
-        return received;
+        return untilReply && received.endsWith("\r\n.") ? received + readFor(SettleMs) : received;
     }
 
-    // Ends the process as an operator would (SIGTERM) and gives its exit code, or -1.
-    int terminate()
-    {
-        m_port.close();
-        if (m_process.state() == QProcess::NotRunning)
-            return m_process.exitStatus() == QProcess::NormalExit ? m_process.exitCode() : -1;
-        m_process.terminate();
-        if (!m_process.waitForFinished(5000))
-            return -1;
-        return m_process.exitStatus() == QProcess::NormalExit ? m_process.exitCode() : -1;
-    }
-
-    void stop()
-    {
-        m_port.close();
-        if (m_process.state() != QProcess::NotRunning) {
-            m_process.kill();
-            m_process.waitForFinished(5000);
-        }
-    }
-
-    QString errors() { return QString::fromLocal8Bit(m_process.readAllStandardError()); }
     const QString &portPath() const { return m_portPath; }
     QSerialPort &port() { return m_port; }
     QProcess &process() { return m_process; }
@@ -136,8 +93,6 @@ public:
         return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<missing>");
     }
 
-    static constexpr int SettleMs = 40;
-
 private:
     bool fail(const QString &problem)
     {
@@ -149,4 +104,6 @@ private:
     QSerialPort m_port;
     QString m_portPath;
     QByteArray m_problemText;
+    // After a complete reply, how long to listen for bytes that should not come.
+    static constexpr int SettleMs = 40;
 };

@@ -15,9 +15,13 @@ pseudo-terminal); open it at 9600 8N1. The line stays up while clients close and
 
 Every command line ends in CR LF (a bare LF is taken too, for terminals); a CR anywhere else
 belongs to the line and is ignored when the line is read. Each line is answered with: the line
-echoed, CR LF, one reply line, CR LF, "." -- and nothing else. Keywords are matched without
-regard to case; numbers are separated by blanks. Replies hold no "." except the version,
-and a "." typed into a command comes back as "," in the echo.
+echoed, CR LF, one reply line, CR LF, "." -- and nothing else. Replies hold no "." except
+the version, and a "." typed into a command comes back as "," in the echo.
+
+A command is a keyword of letters, matched without regard to case, and its numbers: decimal
+integers without leading zeros, "-" before a negative one, each after one or more blanks
+(spaces) or, when negative, right after the token before it ("Res 2  16", "Map-1-2-3-4").
+Nothing else counts as a number: no "+", no &H or &O prefix, no point, no exponent.
 
   Map ou oc iu ic     output ou/oc driven by input iu/ic (plain row, enable flag 1)  OK
   AND ou oc iu ic     second input and mode 1 into the output's row                  OK
@@ -36,9 +40,10 @@ and a "." typed into a command comes back as "," in the echo.
   GSTAT u             e.g. "UNIT 3 ENABLED 2 LIT"
   VER                 "KESTREL MAIN V2.14" (also the probe line CR "VER")
   (empty line)        READY
-Errors: ERR COMMAND (unknown keyword), ERR ARGS (wrong number of arguments), ERR RANGE
-(units and channels 1..999, inputs 0..999, lit channels 1..32), ERR NO MAP (the output has no
-row; nothing changes), ERR TABLE FULL (999 rows).
+Errors, after which nothing has changed: ERR COMMAND (unknown keyword), ERR ARGS (too few or
+too many numbers, or anything after the keyword that is not numbers as above), ERR RANGE
+(numbers beyond -32768..32767; units and channels 1..999, inputs 0..999, lit channels 1..32),
+ERR NO MAP (the output has no row), ERR TABLE FULL (999 rows).
 
 Faults (--fault, repeated or comma-separated; all of them may act together):
   silent      commands are carried out but never answered
@@ -80,7 +85,9 @@ std::optional<SimOptions> ParseSimOptions(const QStringList &arguments)
          u"Keeps a symbolic link to the port at PATH, replacing what was there; "
          u"removed on exit."_s,
          u"PATH"_s},
-        {u"rows"_s, u"Preloads the map table from a tally file (a map string a line)."_s,
+        {u"rows"_s,
+         u"Preloads the map table from a tally file: a map string a line, each "
+         u"exactly [n][n][n][n][n][n][n][n] with fields -99..999."_s,
          u"FILE"_s},
         {u"log"_s,
          u"Appends a line per command received: time of day and the line as it "

@@ -1,8 +1,9 @@
 #include "TallySystem.h"
 
-#include "model/NumberText.h"
-
+#include <algorithm>
 #include <bit>
+#include <iterator>
+#include <limits>
 
 using namespace Qt::StringLiterals;
 
@@ -20,31 +21,7 @@ constexpr QByteArrayView NoMapping = "ERR NO MAP";
 constexpr QByteArrayView TableFull = "ERR TABLE FULL";
 
 constexpr int MaxNumber = 999; // the widest value a map string field keeps whole
-
-bool isBlank(char c) { return c == ' ' || c == '\t'; }
-bool isLetter(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); }
-bool isDigit(char c) { return c >= '0' && c <= '9'; }
-
-// Splits the argument text on blanks. A sign right after a number also starts a new argument:
-// the configurator writes a negative number without a blank before it ("Res-1 -2").
-QList<QByteArrayView> splitArguments(QByteArrayView text)
-{
-    QList<QByteArrayView> tokens;
-    qsizetype start = -1;
-    for (qsizetype i = 0; i <= text.size(); ++i) {
-        const char c = i < text.size() ? text[i] : ' ';
-        const bool signAfterNumber =
-            start >= 0 && (c == '-' || c == '+') && (isDigit(text[i - 1]) || text[i - 1] == '.');
-        if (isBlank(c) || signAfterNumber) {
-            if (start >= 0)
-                tokens.append(text.sliced(start, i - start));
-            start = isBlank(c) ? -1 : i;
-        } else if (start < 0) {
-            start = i;
-        }
-    }
-    return tokens;
-}
+constexpr qint16 PlainMode = 0, AndMode = 1, OrMode = 2;
 
 bool inRange(qint16 value, int low, int high) { return value >= low && value <= high; }
 bool isOutput(qint16 unit, qint16 channel)
@@ -58,7 +35,7 @@ bool isInput(qint16 unit, qint16 channel)
 bool isUnit(qint16 unit) { return inRange(unit, 1, MaxNumber); }
 bool isChannel(qint16 channel) { return inRange(channel, 1, TallySystem::ChannelsPerUnit); }
 
-bool isHole(const MapFields &row) { return row == MapFields{}; }
+bool isHole(const MapRow &row) { return row == MapRow{}; }
 
 TallySystem::Answer reply(QByteArrayView line, bool changed = false)
 {
@@ -67,32 +44,13 @@ TallySystem::Answer reply(QByteArrayView line, bool changed = false)
 
 } // namespace
 
-QByteArray MapRowText(const MapFields &fields)
-{
-    return ComposeMapFields(fields).toLatin1();
-}
-
 TallySystem::Answer TallySystem::execute(QByteArrayView line)
 {
     QByteArray text = line.toByteArray();
     text.removeIf([](char c) { return c == '\r'; });
-    qsizetype pos = 0;
-    while (pos < text.size() && isBlank(text[pos]))
-        ++pos;
-    if (pos == text.size())
+    const CommandText command = ReadCommandText(text);
+    if (command.keyword.isEmpty() && command.numbers.isEmpty() && command.wellFormed)
         return reply(Ready);
-    const qsizetype keywordStart = pos;
-    while (pos < text.size() && isLetter(text[pos]))
-        ++pos;
-    const QByteArray keyword = text.sliced(keywordStart, pos - keywordStart).toLower();
-
-    Numbers n;
-    for (QByteArrayView token : splitArguments(QByteArrayView(text).sliced(pos))) {
-        const auto value = ToInt16(ReadNumber(QString::fromLatin1(token)));
-        if (!value)
-            return reply(OutOfRange);
-        n.append(*value);
-    }
 
     using Run = Answer (*)(TallySystem &, const Numbers &);
     struct Command
@@ -103,8 +61,8 @@ TallySystem::Answer TallySystem::execute(QByteArrayView line)
     };
     static constexpr Command commands[] = {
         {"map", 4, [](TallySystem &t, const Numbers &a) { return t.map(a); }},
-        {"and", 4, [](TallySystem &t, const Numbers &a) { return t.boolMap(a, AndMapping); }},
-        {"or", 4, [](TallySystem &t, const Numbers &a) { return t.boolMap(a, OrMapping); }},
+        {"and", 4, [](TallySystem &t, const Numbers &a) { return t.boolMap(a, AndMode); }},
+        {"or", 4, [](TallySystem &t, const Numbers &a) { return t.boolMap(a, OrMode); }},
         {"clrmap", 2, [](TallySystem &t, const Numbers &a) { return t.clearMap(a); }},
         {"rawmap", 1, [](TallySystem &t, const Numbers &a) { return t.rawMap(a); }},
         {"getmap", 2, [](TallySystem &t, const Numbers &a) { return t.getMap(a); }},
@@ -120,18 +78,28 @@ TallySystem::Answer TallySystem::execute(QByteArrayView line)
         {"gstat", 1, [](TallySystem &t, const Numbers &a) { return t.status(a); }},
         {"ver", 0, [](TallySystem &, const Numbers &) { return reply(Version); }},
     };
-    for (const Command &command : commands) {
-        if (command.name == keyword)
-            return n.size() == command.arguments ? command.run(*this, n) : reply(BadArguments);
+    const auto known =
+        std::find_if(std::begin(commands), std::end(commands),
+                     [&command](const Command &c) { return c.name == command.keyword; });
+    if (known == std::end(commands))
+        return reply(UnknownCommand);
+    if (!command.wellFormed || command.numbers.size() != known->arguments)
+        return reply(BadArguments);
+    Numbers n;
+    for (const int number : command.numbers) {
+        if (number < std::numeric_limits<qint16>::min() ||
+            number > std::numeric_limits<qint16>::max())
+            return reply(OutOfRange);
+        n.append(static_cast<qint16>(number));
     }
-    return reply(UnknownCommand);
+    return known->run(*this, n);
 }
 
 qsizetype TallySystem::rowOf(qint16 unit, qint16 channel) const
 {
     for (qsizetype i = m_rows.size() - 1; i >= 0; --i) {
-        const MapFields &row = m_rows[i];
-        if (!isHole(row) && row[0] == unit && row[1] == channel)
+        const MapRow &row = m_rows[i];
+        if (!isHole(row) && row[OutUnit] == unit && row[OutChannel] == channel)
             return i;
     }
     return -1;
@@ -141,7 +109,7 @@ TallySystem::Answer TallySystem::map(const Numbers &n)
 {
     if (!isOutput(n[0], n[1]) || !isInput(n[2], n[3]))
         return reply(OutOfRange);
-    const MapFields row{n[0], n[1], n[2], n[3], 1, 0, 0, PlainMapping};
+    const MapRow row{n[0], n[1], n[2], n[3], 1, 0, 0, PlainMode};
     const qsizetype i = rowOf(n[0], n[1]);
     if (i >= 0) {
         m_rows[i] = row;
@@ -160,9 +128,9 @@ TallySystem::Answer TallySystem::boolMap(const Numbers &n, qint16 mode)
     const qsizetype i = rowOf(n[0], n[1]);
     if (i < 0)
         return reply(NoMapping);
-    m_rows[i][5] = n[2];
-    m_rows[i][6] = n[3];
-    m_rows[i][7] = mode;
+    m_rows[i][BoolUnit] = n[2];
+    m_rows[i][BoolChannel] = n[3];
+    m_rows[i][Mode] = mode;
     return reply(Ok, true);
 }
 
@@ -171,7 +139,7 @@ TallySystem::Answer TallySystem::clearMap(const Numbers &n)
     const qsizetype i = rowOf(n[0], n[1]);
     if (i < 0)
         return reply(NoMapping);
-    m_rows[i] = MapFields{};
+    m_rows[i] = MapRow{};
     return reply(Ok, true);
 }
 
@@ -180,13 +148,13 @@ TallySystem::Answer TallySystem::rawMap(const Numbers &n) const
     const qsizetype row = n[0];
     if (row < 1 || row > m_rows.size())
         return reply("");
-    return reply(MapRowText(m_rows[row - 1]));
+    return reply(WriteMapRow(m_rows[row - 1]));
 }
 
 TallySystem::Answer TallySystem::getMap(const Numbers &n) const
 {
     const qsizetype i = rowOf(n[0], n[1]);
-    return reply(i < 0 ? QByteArray() : MapRowText(m_rows[i]));
+    return reply(i < 0 ? QByteArray() : WriteMapRow(m_rows[i]));
 }
 
 TallySystem::Answer TallySystem::compact()
@@ -216,7 +184,7 @@ TallySystem::Answer TallySystem::setMapEnable(const Numbers &n, qint16 flag)
     const qsizetype i = rowOf(n[0], n[1]);
     if (i < 0)
         return reply(NoMapping);
-    m_rows[i][4] = flag;
+    m_rows[i][Enable] = flag;
     return reply(Ok, true);
 }
 
@@ -263,14 +231,15 @@ TallySystem::Answer TallySystem::status(const Numbers &n) const
 
 bool TallySystem::loadRows(QByteArrayView text, QString *error)
 {
-    QList<MapFields> rows;
+    QList<MapRow> rows;
     int lineNumber = 0;
     for (QByteArray line : text.toByteArray().split('\n')) {
         ++lineNumber;
         line = line.trimmed(); // also drops the CR of the line end
         if (line.isEmpty())
             continue;
-        if (!line.contains('[')) {
+        const std::optional<MapRow> row = ReadMapRow(line);
+        if (!row) {
             *error = u"line %1 is not a map string"_s.arg(lineNumber);
             return false;
         }
@@ -278,7 +247,7 @@ bool TallySystem::loadRows(QByteArrayView text, QString *error)
             *error = u"more than %1 rows"_s.arg(MaxRows);
             return false;
         }
-        rows.append(ReadMapFields(QString::fromLatin1(line)));
+        rows.append(*row);
     }
     m_rows = rows;
     return true;
@@ -287,7 +256,7 @@ bool TallySystem::loadRows(QByteArrayView text, QString *error)
 QByteArray TallySystem::tallyText() const
 {
     QByteArray text;
-    for (const MapFields &row : m_rows)
-        text += MapRowText(row) + "\r\n";
+    for (const MapRow &row : m_rows)
+        text += WriteMapRow(row) + "\r\n";
     return text;
 }

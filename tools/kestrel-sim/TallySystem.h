@@ -1,6 +1,6 @@
 #pragma once
 
-#include "matrix/MapString.h"
+#include "WireText.h"
 
 #include <QByteArray>
 #include <QByteArrayView>
@@ -29,13 +29,12 @@ public:
     Answer execute(QByteArrayView line);
 
     // Replaces the table with the rows of a tally file (one map string per line, empty lines
-    // skipped). On failure the table is unchanged and `error` says why.
+    // skipped; each must be exactly as WriteMapRow writes it). On failure the table is
+    // unchanged and `error` says why.
     bool loadRows(QByteArrayView text, QString *error);
 
     // The table as a tally file: every row, holes included, each followed by CR LF.
     QByteArray tallyText() const;
-
-    const QList<MapFields> &rows() const { return m_rows; }
 
 private:
     struct Unit
@@ -63,9 +62,6 @@ private:
     // preloaded file) the last one counts, as the configurator's read-back files it last.
     qsizetype rowOf(qint16 unit, qint16 channel) const;
 
-    QList<MapFields> m_rows;
+    QList<MapRow> m_rows;
     std::map<qint16, Unit> m_units;
 };
-
-// The text of a row, all eight fields as stored (the enable flag may be 0, a hole is all 0).
-QByteArray MapRowText(const MapFields &fields);
