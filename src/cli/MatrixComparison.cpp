@@ -32,13 +32,13 @@ bool MatrixComparison::parse(const QStringList &fields, QList<MapFields> *maps, 
     for (qsizetype n = 0; n < fields.size(); ++n) {
         const MapFields m = ReadMapFields(fields[n]);
         const bool boolean = m[7] != PlainMapping;
-        const bool ok = fields[n].contains(u'[') && m[0] >= 1 &&
+        const bool ok = fields[n].count(u'[') >= 4 && m[0] >= 1 &&
                         std::all_of(m.begin(), m.begin() + 4, inRange) &&
                         (!boolean || (inRange(m[5]) && inRange(m[6]))) && m[7] >= PlainMapping &&
                         m[7] <= OrMapping;
         if (!ok) {
-            *error = u"entry %1, \"%2\", is not a map string (output unit 1 to 999, numbers 0 "
-                     u"to 999, mode 0 to 2)"_s.arg(n + 1)
+            *error = u"entry %1, \"%2\", is not a map string (four numbers or more, "
+                     u"output unit 1 to 999, numbers 0 to 999, mode 0 to 2)"_s.arg(n + 1)
                          .arg(fields[n].left(60));
             return false;
         }

@@ -26,7 +26,8 @@ public:
     };
 
     // The map strings of a tally file; false when one is not a map string this program can
-    // send (an output unit of 1 to 999, every number 0 to 999, mode 0, 1 or 2).
+    // send (at least output and input, an output unit of 1 to 999, every number 0 to 999,
+    // mode 0, 1 or 2).
     static bool parse(const QStringList &fields, QList<MapFields> *maps, QString *error);
 
     // `model` names the outputs and inputs and holds the table read back (RawMap rows 1 to
