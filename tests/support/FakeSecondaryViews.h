@@ -8,23 +8,16 @@
 
 #include <array>
 
-// Recording stand-ins for the unit status window and the advanced window: they keep what the
-// logic wrote and answer what it reads, like FakeView for the main window.
+// Recording stand-ins for the unit status window and the advanced window, like FakeView.
 
 class FakeUnitStatusView : public UnitStatusView
 {
 public:
     std::array<bool, LampCount + 1> lamps{}; // lamps[k] for k 1..32; entry 0 unused
-    int lampWrites = 0;
-    QString watchUnit = QStringLiteral("1");
-    QString status = QStringLiteral("0");
-    int statusWrites = 0;
-    int spinMinimum = 1;
-    int spinMaximum = 1;
-    int spin = 1;
+    QString watchUnit = QStringLiteral("1"), status = QStringLiteral("0");
+    int spinMinimum = 1, spinMaximum = 1, spin = 1;
     QList<QPoint> placements; // offsets in twips, one per placement
 
-    // Lamps lit, as their numbers.
     QList<int> litLamps() const
     {
         QList<int> lit;
@@ -36,19 +29,10 @@ public:
     }
     void lightAll(bool lit) { lamps.fill(lit); }
 
-    void setLampLit(int k, bool lit) override
-    {
-        ++lampWrites;
-        if (k >= 1 && k <= LampCount)
-            lamps[k] = lit;
-    }
+    void setLampLit(int k, bool lit) override { lamps.at(k) = lit; }
     void setWatchUnitText(const QString &text) override { watchUnit = text; }
     QString watchUnitText() const override { return watchUnit; }
-    void setStatusText(const QString &text) override
-    {
-        status = text;
-        ++statusWrites;
-    }
+    void setStatusText(const QString &text) override { status = text; }
     void setSpinRange(int minimum, int maximum) override
     {
         spinMinimum = minimum;
@@ -56,10 +40,7 @@ public:
     }
     void setSpinValue(int value) override { spin = value; }
     int spinValue() const override { return spin; }
-    void placeBesideMainWindow(int leftTwips, int topTwips) override
-    {
-        placements << QPoint(leftTwips, topTwips);
-    }
+    void placeBesideMainWindow(int left, int top) override { placements << QPoint(left, top); }
 };
 
 class FakeAdvancedView : public AdvancedView
@@ -68,8 +49,6 @@ public:
     QString command;
     QStringList monitorTexts; // every text handed to the monitor, in order
     int commandLineFocus = 0;
-
-    QString monitor() const { return monitorTexts.value(monitorTexts.size() - 1); }
 
     QString commandText() const override { return command; }
     void setMonitorText(const QString &text) override { monitorTexts << text; }

@@ -16,46 +16,44 @@ class FakeView : public MainView
 public:
     struct ControlState
     {
-        QString text;
-        QString toolTip;
-        bool enabled = true;
-        bool visible = true;
-        bool checked = false;
-        Colour back{};
-        Colour fore{};
-        bool backSet = false;
-        int heightTwips = 0;
-        int repaints = 0;
+        QString text, toolTip;
+        bool enabled = true, visible = true, checked = false;
+        Colour back{}, fore{};
+        int heightTwips = 0, repaints = 0;
     };
     struct ListState
     {
         QStringList rows;
         QList<Colour> colours;
-        QList<int> widths;
         int current = -1;
     };
     struct Box
     {
-        QString text;
-        QString title;
-        MessageButtons buttons;
-        MessageIcon icon;
-        MessageResult defaultButton;
+        QString text, title;
+        MessageButtons buttons{};
+        MessageIcon icon{};
+        MessageResult defaultButton{};
+        // "title|text|buttons icon default", as one line to compare.
+        QString str() const
+        {
+            static const char *b[]{"Ok", "OkCancel", "YesNo"}, *i[]{"-", "info", "warn", "crit"},
+                *r[]{"Ok", "Cancel", "Yes", "No"};
+            return title + u'|' + text + u'|' + QLatin1StringView(b[int(buttons)]) + u' ' +
+                   QLatin1StringView(i[int(icon)]) + u' ' +
+                   QLatin1StringView(r[int(defaultButton)]);
+        }
     };
 
     QHash<Control, ControlState> controls;
     QHash<Control, ListState> lists;
     QHash<Window, bool> windows;
     QList<Box> boxes;
-    std::deque<MessageResult> answers; // next answers to message boxes; empty: the default
-    std::deque<QString> files;         // next answers to file dialogs; empty: cancelled
-    QList<QPair<FileDialog, QString>> dialogs; // kind and title of each dialog shown
+    std::deque<MessageResult> answers; // next answers to message boxes; none left: the default
+    std::deque<QString> files;         // next answers to file dialogs; none left: cancelled
+    QStringList dialogs;               // the titles of the file dialogs shown
     Control focus = Control::List1;
     int beeps = 0;
-    int eventRuns = 0;
     std::function<void()> onProcessEvents;
-    // Every visibility change of List1, to check that a redraw happens while it is hidden.
-    QList<bool> list1Visibility;
 
     ControlState &at(Control c) { return controls[c]; }
     const ControlState at(Control c) const { return controls.value(c); }
@@ -66,18 +64,9 @@ public:
     void setToolTip(Control c, const QString &t) override { at(c).toolTip = t; }
     void setEnabled(Control c, bool e) override { at(c).enabled = e; }
     bool isEnabled(Control c) const override { return at(c).enabled; }
-    void setVisible(Control c, bool v) override
-    {
-        at(c).visible = v;
-        if (c == Control::List1)
-            list1Visibility << v;
-    }
+    void setVisible(Control c, bool v) override { at(c).visible = v; }
     bool isVisible(Control c) const override { return at(c).visible; }
-    void setBackColour(Control c, Colour colour) override
-    {
-        at(c).back = colour;
-        at(c).backSet = true;
-    }
+    void setBackColour(Control c, Colour colour) override { at(c).back = colour; }
     void setForeColour(Control c, Colour colour) override { at(c).fore = colour; }
     void setChecked(Control c, bool v) override { at(c).checked = v; }
     bool isChecked(Control c) const override { return at(c).checked; }
@@ -86,8 +75,8 @@ public:
     void selectAllText(Control) override {}
     void repaintNow(Control c) override { ++at(c).repaints; }
 
-    void setColumnWidths(Control l, const QList<int> &w) override { list(l).widths = w; }
-    void clearRows(Control l) override { list(l) = ListState{{}, {}, list(l).widths, -1}; }
+    void setColumnWidths(Control, const QList<int> &) override {}
+    void clearRows(Control l) override { list(l) = {}; }
     void addRow(Control l, const QString &t) override
     {
         list(l).rows << t;
@@ -118,24 +107,21 @@ public:
                              MessageIcon icon, MessageResult defaultButton) override
     {
         boxes << Box{t, title, buttons, icon, defaultButton};
-        if (answers.empty())
-            return defaultButton;
-        const MessageResult r = answers.front();
-        answers.pop_front();
+        const MessageResult r = answers.empty() ? defaultButton : answers.front();
+        if (!answers.empty())
+            answers.pop_front();
         return r;
     }
-    QString chooseFile(FileDialog kind, const QString &title, const QString &) override
+    QString chooseFile(FileDialog, const QString &title, const QString &) override
     {
-        dialogs << qMakePair(kind, title);
-        if (files.empty())
-            return {};
-        QString f = files.front();
-        files.pop_front();
+        dialogs << title;
+        const QString f = files.empty() ? QString() : files.front();
+        if (!files.empty())
+            files.pop_front();
         return f;
     }
     void processEvents() override
     {
-        ++eventRuns;
         if (onProcessEvents)
             onProcessEvents();
     }

@@ -1,51 +1,64 @@
 #pragma once
 
+#include "events/AdvancedConsole.h"
 #include "events/ClearAll.h"
-#include "link/CommandChannel.h"
+#include "events/KeyboardEntry.h"
+#include "events/SelectionEvents.h"
+#include "events/UnitStatus.h"
+#include "files/TallyFiles.h"
 #include "link/Connection.h"
-#include "link/DeviceCommands.h"
-#include "matrix/Clearing.h"
-#include "matrix/MatrixLists.h"
+#include "matrix/Mapping.h"
+#include "matrix/OutputTest.h"
 #include "matrix/ReadBack.h"
-#include "model/SystemModel.h"
+#include "support/FakeSecondaryViews.h"
 #include "support/FakeView.h"
 #include "support/ScriptedPort.h"
 
-#include <QString>
-
-#include <chrono>
-
-// The device link put together as the main window does, on a scripted port, a fake view and
-// the port's fake clock. The model describes outputs at unit 1 channels 1..outputs and inputs
-// at unit 2 channels 1..inputs.
+// The configurator's logic put together as the main window does, on a scripted port (and its
+// fake clock) and fake views. Outputs are at unit 1 channels 1..outputs, inputs at unit 2
+// channels 1..inputs. The tally system answers every line "OK", "VER" with "MAINV3", and
+// "RawMap k" with table[k - 1]: an empty line past the table, or silence if silentEnd.
 struct LinkRig
 {
     explicit LinkRig(int outputs = 4, int inputs = 6)
     {
-        model.NumberOfOutputs = static_cast<qint16>(outputs);
-        for (int i = 1; i <= outputs; ++i) {
-            model.OutputName[i] = QStringLiteral("Out ") + QString::number(i);
+        model.NumberOfOutputs = qint16(outputs);
+        model.NumberOfInputs = qint16(inputs);
+        for (int i = 1; i <= std::max(outputs, inputs); ++i) {
+            model.OutputName[i] = QStringLiteral("Out %1").arg(i);
             model.OutputUnit[i] = 1;
-            model.OutputChannel[i] = static_cast<qint16>(i);
+            model.OutputChannel[i] = model.InputChannel[i] = qint16(i);
+            model.InputName[i] = QStringLiteral("In %1").arg(i);
+            model.InputUnit[i] = 2;
         }
-        model.NumberOfInputs = static_cast<qint16>(inputs);
         model.InputName[0] = QStringLiteral("Unassigned");
-        for (int j = 1; j <= inputs; ++j) {
-            model.InputName[j] = QStringLiteral("In ") + QString::number(j);
-            model.InputUnit[j] = 2;
-            model.InputChannel[j] = static_cast<qint16>(j);
-        }
         model.SystemName = QStringLiteral("Studio A");
         model.KestrelCommport = 1;
+        port.responder = [this](const QByteArray &c) -> std::optional<ScriptedPort::Reply> {
+            const qsizetype k = c.startsWith("RawMap ") ? c.mid(7).toInt() : 0;
+            if (k > table.size() && silentEnd)
+                return std::nullopt;
+            return ScriptedPort::answer(c, k            ? table.value(k - 1)
+                                           : c == "VER" ? "MAINV3"
+                                                        : QByteArray("OK"));
+        };
         lists.FillLists();
+        for (Control l : {Control::List1, Control::list2, Control::list3})
+            view.setCurrentRow(l, 0);
     }
-
-    // Seconds on the fake clock since `from`.
-    double secondsSince(ScriptedPort::TimePoint from) const
+    // The operator selects an output row and input rows, as a click in List1 shows them.
+    void select(int outputRow, int inputRow = 0, int secondRow = 0)
     {
-        return std::chrono::duration<double>(port.now - from).count();
+        view.setCurrentRow(Control::List1, outputRow);
+        view.setCurrentRow(Control::list2, inputRow);
+        view.setCurrentRow(Control::list3, secondRow);
+        selection.List1_Click();
     }
+    // The command lines sent, joined by "|".
+    QString sent() const { return QString::fromLatin1(port.commands.join('|')); }
 
+    QList<QByteArray> table;
+    bool silentEnd = false;
     SystemModel model;
     FakeView view;
     ScriptedPort port;
@@ -56,4 +69,13 @@ struct LinkRig
     ClearAll clearAll{model, view, commands, clearing, lists};
     Connection connection{model, view, channel, port.pause()};
     ReadBack readBack{model, view, channel, lists, clearing, commands, port.pause()};
+    Mapping mapping{model, view, channel, commands, lists};
+    OutputTest test{model, view, channel, readBack};
+    SelectionEvents selection{model, view, lists, mapping, test};
+    KeyboardEntry entry{model, view, lists, mapping, selection};
+    TallyFiles files{model, view, mapping, readBack, commands, clearing, lists};
+    FakeUnitStatusView unitView;
+    UnitStatus status{model, view, unitView, channel, commands};
+    FakeAdvancedView advancedView;
+    AdvancedConsole console{view, advancedView, channel};
 };

@@ -22,19 +22,16 @@ class ScriptedPort : public SerialPort
 public:
     using TimePoint = std::chrono::steady_clock::time_point;
 
-    // Bytes that arrive `after` the command line was written.
+    // Bytes that arrive `after` the command line was written; a reply is chunks in time order,
+    // none at all is silence.
     struct Chunk
     {
         Duration after{};
         QByteArray bytes;
     };
-    // The answer to one command: chunks in time order; none at all is silence.
     using Reply = QList<Chunk>;
 
-    static Reply bytes(const QByteArray &b, Duration after = Duration::zero())
-    {
-        return {Chunk{after, b}};
-    }
+    static Reply bytes(const QByteArray &b) { return {Chunk{Duration::zero(), b}}; }
     static Reply silence() { return {}; }
     // As the tally system answers: the command echoed, CR LF, the reply line, CR LF, ".".
     static Reply answer(const QByteArray &command, const QByteArray &line)
@@ -42,25 +39,21 @@ public:
         return bytes(command + "\r\n" + line + "\r\n.");
     }
 
-    // Replies used in order for each line equal to `command`.
+    // Replies used in order for each line equal to `command`, before the responder.
     void script(const QByteArray &command, const Reply &reply)
     {
         m_scripts[command].push_back(reply);
     }
-    // Answers lines without a script of their own; none (or nullopt) is silence.
+    // Answers the other lines; nullopt is silence.
     std::function<std::optional<Reply>(const QByteArray &command)> responder;
-    // Runs as soon as a whole command line has been written, i.e. in the middle of an exchange.
+    // Runs as soon as a whole command line has been written, in the middle of its exchange.
     std::function<void(const QByteArray &command)> onCommand;
 
-    // What was written.
-    QByteArray written;
+    QByteArray written;         // every byte, in order
     QList<QByteArray> writes;   // one entry per PortWrite
     QList<QByteArray> commands; // complete lines, CR LF taken off
 
-    // The fake clock.
     TimePoint now = TimePoint{} + std::chrono::hours(23) + std::chrono::minutes(59);
-    int waits = 0;
-    Duration waited{};
     QList<std::chrono::milliseconds> pauses;
     MonotonicClock clock()
     {
@@ -74,36 +67,10 @@ public:
         };
     }
 
-    // Port state.
-    int number = 0;
-    QString device;
-    bool available = true;
-    bool open = false;
-    int notificationsPosted = 0;
-
-    // Bytes that arrive unasked, `after` from now.
-    void arrive(const QByteArray &b, Duration after = Duration::zero())
-    {
-        schedule(now + after, b);
-    }
-    // Bytes still to arrive (scheduled, not yet due).
-    bool pending() const { return !m_incoming.empty(); }
-    // Bytes due but not yet read.
-    QByteArray queued()
-    {
-        release();
-        return m_queue;
-    }
-
-    void PortSetNumber(int n) override { number = n; }
-    void PortSetDevice(const QString &path) override { device = path; }
-    bool PortOpen() override
-    {
-        open = available;
-        return open;
-    }
-    void PortClose() override { open = false; }
-
+    void PortSetNumber(int) override {}
+    void PortSetDevice(const QString &) override {}
+    bool PortOpen() override { return true; }
+    void PortClose() override {}
     void PortWrite(const QByteArray &b) override
     {
         written += b;
@@ -115,92 +82,58 @@ public:
             commands << command;
             if (onCommand)
                 onCommand(command);
-            for (const Chunk &c : replyTo(command))
-                schedule(now + c.after, c.bytes);
+            for (const Chunk &c : replyTo(command)) {
+                const auto at = now + c.after;
+                m_incoming.insert(
+                    std::upper_bound(m_incoming.begin(), m_incoming.end(), at,
+                                     [](auto t, const auto &e) { return t < e.first; }),
+                    {at, c.bytes});
+            }
         }
     }
-    qint64 PortInCount() override
-    {
-        release();
-        return m_queue.size();
-    }
+    qint64 PortInCount() override { return release().size(); }
     QByteArray PortRead(qint64 n) override
     {
-        release();
-        if (n <= 0)
-            return {};
-        const QByteArray out = m_queue.left(n);
+        const QByteArray out = release().left(std::max<qint64>(n, 0));
         m_queue.remove(0, out.size());
         return out;
     }
     bool PortWaitForData(Duration limit) override
     {
-        ++waits;
-        const TimePoint start = now;
-        release();
-        if (m_queue.isEmpty()) {
-            if (!m_incoming.empty() && m_incoming.front().first <= now + limit)
-                now = std::max(now, m_incoming.front().first);
-            else
-                now += limit;
-            release();
+        if (release().isEmpty()) {
+            const bool due = !m_incoming.empty() && m_incoming.front().first <= now + limit;
+            now = due ? std::max(now, m_incoming.front().first) : now + limit;
         }
-        waited += now - start;
-        return !m_queue.isEmpty();
+        return !release().isEmpty();
     }
-    void setPortDataReceived(std::function<void()> handler) override
-    {
-        m_dataReceived = std::move(handler);
-    }
-    bool hasReceiver() const { return bool(m_dataReceived); }
+    void setPortDataReceived(std::function<void()> handler) override { m_received = handler; }
 
 private:
     Reply replyTo(const QByteArray &command)
     {
-        auto it = m_scripts.find(command);
-        if (it != m_scripts.end() && !it->empty()) {
-            Reply r = it->front();
+        if (auto it = m_scripts.find(command); it != m_scripts.end() && !it->empty()) {
+            const Reply r = it->front();
             it->pop_front();
             return r;
         }
-        if (responder) {
-            if (std::optional<Reply> r = responder(command))
-                return *r;
-        }
-        return silence();
-    }
-    void schedule(TimePoint at, const QByteArray &b)
-    {
-        auto pos = std::upper_bound(m_incoming.begin(), m_incoming.end(), at,
-                                    [](TimePoint t, const auto &e) { return t < e.first; });
-        m_incoming.insert(pos, {at, b});
+        return responder ? responder(command).value_or(silence()) : silence();
     }
     // Moves what is due into the input queue. Like a real port, the notification is posted to
     // the event loop and so runs after the exchange.
-    void release()
+    QByteArray &release()
     {
-        bool arrived = false;
-        while (!m_incoming.empty() && m_incoming.front().first <= now) {
+        if (m_incoming.empty() || m_incoming.front().first > now)
+            return m_queue;
+        for (; !m_incoming.empty() && m_incoming.front().first <= now; m_incoming.pop_front())
             m_queue += m_incoming.front().second;
-            m_incoming.pop_front();
-            arrived = true;
-        }
-        if (arrived) {
-            ++notificationsPosted;
-            QMetaObject::invokeMethod(
-                &m_context,
-                [this] {
-                    if (m_dataReceived)
-                        m_dataReceived();
-                },
-                Qt::QueuedConnection);
-        }
+        QMetaObject::invokeMethod(
+            &m_context, [this] { m_received ? m_received() : void(); }, Qt::QueuedConnection);
+        return m_queue;
     }
 
     QHash<QByteArray, std::deque<Reply>> m_scripts;
     std::deque<std::pair<TimePoint, QByteArray>> m_incoming;
-    QByteArray m_queue;
-    QByteArray m_line;
-    std::function<void()> m_dataReceived;
+    QByteArray m_queue, m_line;
+    std::function<void()> m_received;
     QObject m_context; // queued notifications die with the port
 };
