@@ -423,4 +423,4 @@ private slots:
 };
 
 QTEST_GUILESS_MAIN(TestFlows)
-#include "tst_flows.moc"
+#include "tst_core_flows.moc"

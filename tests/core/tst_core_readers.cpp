@@ -197,4 +197,4 @@ private slots:
 };
 
 QTEST_GUILESS_MAIN(TestReaders)
-#include "tst_readers.moc"
+#include "tst_core_readers.moc"

@@ -281,4 +281,4 @@ private slots:
 };
 
 QTEST_GUILESS_MAIN(TestLink)
-#include "tst_link.moc"
+#include "tst_core_link.moc"
