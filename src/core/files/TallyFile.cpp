@@ -77,8 +77,11 @@ bool TallyFile::write(const QString &path, const QStringList &lines, QString *er
 {
     const QByteArray text = bytes(lines);
     QSaveFile file(path);
-    // A short write is a failure too; QSaveFile then discards what it wrote.
-    if (file.open(QIODevice::WriteOnly) && file.write(text) == text.size() && file.commit())
+    // A short write is a failure too; QSaveFile then discards what it wrote. The explicit flush
+    // matters: commit() misses a failure of the buffered bytes it writes out itself, and would
+    // then put a cut file in place of the old one.
+    if (file.open(QIODevice::WriteOnly) && file.write(text) == text.size() && file.flush() &&
+        file.commit())
         return true;
     *error = file.errorString();
     return false;
