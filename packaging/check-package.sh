@@ -71,7 +71,22 @@ check "configurator in $programs" is_elf "$root$programs/kestrel"
 check "kestrel-sim in $programs" is_elf "$root$programs/kestrel-sim"
 check "/usr/bin/kestrel links to it" links_to "$root" /usr/bin/kestrel "$programs/kestrel"
 check "/usr/bin/kestrel-sim links to it" links_to "$root" /usr/bin/kestrel-sim "$programs/kestrel-sim"
-for p in kestrel kestrel-sim; do
+check "kestrelctl in $programs" is_elf "$root$programs/kestrelctl"
+check "/usr/bin/kestrelctl links to it" links_to "$root" /usr/bin/kestrelctl "$programs/kestrelctl"
+for p in kestrel kestrel-sim kestrelctl; do
+    check "manual page $p(1)" bash -c 'gzip -dc "$1" | grep -q "^\.TH"' _ \
+        "$root/usr/share/man/man1/$p.1.gz"
+done
+check "copyright file" grep -q '^Copyright: ' "$root/usr/share/doc/kestrel/copyright"
+check "changelog of this version" bash -c 'gzip -dc "$1" | head -1 | grep -qF "($2)"' _ \
+    "$root/usr/share/doc/kestrel/changelog.gz" "$(field Version)"
+# Debian's own package checker: no error and no warning.
+if command -v lintian >/dev/null; then
+    check "lintian: no errors, no warnings" lintian --fail-on error,warning "$deb"
+else
+    echo "note: lintian not installed (./run package installs it); not checked"
+fi
+for p in kestrel kestrel-sim kestrelctl; do
     check "$p finds every library" \
         bash -c '! ldd "$1" 2>&1 | grep -q "not found"' _ "$root$programs/$p"
     check "$p stripped" bash -c '! LC_ALL=C readelf -S "$1" | grep -q "\.debug_info"' _ \
