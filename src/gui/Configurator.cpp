@@ -9,7 +9,6 @@
 #include "model/NumberText.h"
 
 #include <QAbstractButton>
-#include <QItemSelectionModel>
 #include <QKeyEvent>
 #include <QLineEdit>
 
@@ -42,33 +41,44 @@ void Configurator::wire()
     clicked(Control::cmdBoolAnd, [this] { m_selection.cmdBool_Click(0); });
     clicked(Control::cmdBoolOr, [this] { m_selection.cmdBool_Click(1); });
     clicked(Control::cmdOnline, [this] { m_connection.cmdOnline_Click(); });
-    clicked(Control::cmdRefresh, [this] { m_readBack.cmdRefresh_Click(); });
+    clicked(Control::cmdRefresh, [this] {
+        m_readBack.cmdRefresh_Click();
+        tellIfReadBackCut();
+    });
     clicked(Control::cmdInit, [this] { m_clearAll.cmdInit_Click(); });
     clicked(Control::cmdCancelDownload, [this] { m_channel.cmdCancelDownload_Click(); });
     clicked(Control::cmdLoadMatrix, [this] { m_files.cmdLoadMatrix_Click(); });
     clicked(Control::cmdPartLoadMatrix, [this] { m_files.cmdPartLoadMatrix_Click(); });
-    clicked(Control::cmdSaveMatrix, [this] { m_files.cmdSaveMatrix_Click(); });
+    clicked(Control::cmdSaveMatrix, [this] {
+        m_files.cmdSaveMatrix_Click(); // online, a read-back first
+        tellIfReadBackCut();
+    });
 
     TallyList *outputs = m_window.list(Control::List1);
-    outputs->onClick = [this] { m_selection.List1_Click(); };
-    outputs->onKeyDown = [this](QKeyEvent *e) {
-        return m_selection.List1_KeyDown(e->key(), e->modifiers());
-    };
-    outputs->onKeyUp = [this](QKeyEvent *e) {
+    connect(outputs, &TallyList::rowClicked, this, [this] { m_selection.List1_Click(); });
+    connect(outputs, &TallyList::keyDown, this, [this](QKeyEvent *e, bool *handled) {
+        m_spaceHeld = m_spaceHeld || e->key() == Qt::Key_Space;
+        *handled = m_selection.List1_KeyDown(e->key(), e->modifiers());
+    });
+    connect(outputs, &TallyList::keyUp, this, [this](QKeyEvent *e) {
+        if (e->key() == Qt::Key_Space && !e->isAutoRepeat())
+            m_spaceHeld = false;
         m_selection.List1_KeyUp(e->key(), e->isAutoRepeat());
-    };
+    });
     // The read-out always names the selected output, however the selection moved.
-    connect(outputs->selectionModel(), &QItemSelectionModel::currentRowChanged, this,
-            [this] { m_selection.GetOutChannel(); });
+    connect(outputs, &TallyList::currentRowChanged, this, [this] { m_selection.GetOutChannel(); });
 
+    // The entry box and the input read-out follow the input list however its row moved: a
+    // click, a drag across rows, a right button, the keyboard, or the program.
     TallyList *inputs = m_window.list(Control::list2);
-    inputs->onClick = [this] { m_selection.list2_Click(); };
-    inputs->onDoubleClick = [this] { m_selection.list2_DblClick(); };
-    inputs->onMouseRelease = [this] { m_selection.list2_MouseUp(); };
+    connect(inputs, &TallyList::rowClicked, this, [this] { m_selection.list2_Click(); });
+    connect(inputs, &TallyList::currentRowChanged, this, [this] { m_selection.list2_Click(); });
+    connect(inputs, &TallyList::rowDoubleClicked, this, [this] { m_selection.list2_DblClick(); });
+    connect(inputs, &TallyList::mouseReleased, this, [this] { m_selection.list2_MouseUp(); });
 
     QLineEdit *entry = m_window.entry();
     connect(entry, &QLineEdit::textChanged, this, [this] { m_entry.txtInput_Change(); });
-    for (Control c : {Control::txtInput, Control::cmdTest, Control::chkTest})
+    for (Control c : {Control::List1, Control::txtInput, Control::cmdTest, Control::chkTest})
         m_window.control(c)->installEventFilter(this);
 
     // The secondary windows: "Unit Status" and "Advanced" open them, their close boxes untick.
@@ -95,7 +105,24 @@ void Configurator::wire()
 bool Configurator::eventFilter(QObject *watched, QEvent *event)
 {
     const QEvent::Type type = event->type();
+    const bool press = type == QEvent::MouseButtonPress || type == QEvent::MouseButtonDblClick;
+    const bool input = press || type == QEvent::MouseButtonRelease || type == QEvent::KeyPress ||
+                       type == QEvent::KeyRelease;
+    // Event filters see mouse and key events even on a disabled widget, which then drops them:
+    // a greyed control never acts.
+    if (input && !static_cast<QWidget *>(watched)->isEnabled())
+        return false;
     const int outputUnderCursor = m_window.currentRow(Control::List1) + 1;
+
+    if (watched == m_window.control(Control::List1)) {
+        // Space held while the list loses the focus: its release goes elsewhere, so the test
+        // ends here.
+        if (type == QEvent::FocusOut && m_spaceHeld) {
+            m_spaceHeld = false;
+            m_selection.List1_KeyUp(Qt::Key_Space, false);
+        }
+        return false;
+    }
 
     if (watched == m_window.control(Control::txtInput)) {
         if (type == QEvent::KeyPress) {
@@ -109,8 +136,9 @@ bool Configurator::eventFilter(QObject *watched, QEvent *event)
     }
 
     if (watched == m_window.control(Control::cmdTest)) {
-        // Lit while any mouse button holds the button down.
-        if (type == QEvent::MouseButtonPress) {
+        // Lit while any mouse button holds the button down. The second press of a double click
+        // comes as a double-click event, and is a press all the same.
+        if (press) {
             m_test.TestOn(outputUnderCursor);
             m_window.setFocus(Control::List1);
         } else if (type == QEvent::MouseButtonRelease) {
@@ -120,16 +148,15 @@ bool Configurator::eventFilter(QObject *watched, QEvent *event)
     }
 
     if (watched == m_window.control(Control::chkTest)) {
-        // The latch box shows only what the test set: its own toggling is kept away.
+        // The latch box shows only what the test set: its own toggling is kept away. Every
+        // press toggles, the second of a double click too.
         switch (type) {
         case QEvent::MouseButtonPress:
-            if (m_window.isEnabled(Control::chkTest)) {
-                m_test.TestLatchChange();
-                m_window.setFocus(Control::List1);
-            }
+        case QEvent::MouseButtonDblClick:
+            m_test.TestLatchChange();
+            m_window.setFocus(Control::List1);
             return true;
         case QEvent::MouseButtonRelease:
-        case QEvent::MouseButtonDblClick:
         case QEvent::KeyRelease:
             return true;
         case QEvent::KeyPress: {
@@ -143,6 +170,17 @@ bool Configurator::eventFilter(QObject *watched, QEvent *event)
         }
     }
     return false;
+}
+
+void Configurator::tellIfReadBackCut()
+{
+    // The status line is too narrow for the notice, and the next exchange clears it: the
+    // operator is told in a box instead.
+    if (m_window.text(Control::lblError) != ReadBack::LimitText())
+        return;
+    m_window.setText(Control::lblError, QString());
+    m_window.messageBox(ReadBack::LimitText(), QStringLiteral("Read Back"), MessageButtons::Ok,
+                        MessageIcon::Information, MessageResult::Ok);
 }
 
 bool Configurator::Form_Load(const QString &programDir)
@@ -190,6 +228,7 @@ bool Configurator::Form_Load(const QString &programDir)
     }
     if (m_connection.GoOnline()) {
         m_readBack.SyncWithKestrel();
+        tellIfReadBackCut(); // before the version takes the status line
         // The version ends where the reply's line would; its line end is not shown.
         QString version = m_model.MainCPUVersion;
         while (version.endsWith(QLatin1Char('\n')) || version.endsWith(QLatin1Char('\r')))

@@ -59,6 +59,8 @@ protected:
 
 private:
     void wire();
+    // The read-back stopped at its last row: the operator is told so where it stays in view.
+    void tellIfReadBackCut();
 
     SystemModel &m_model;
     MainWindow &m_window;
@@ -80,4 +82,5 @@ private:
     AdvancedWindow m_advancedWindow;
     UnitStatus m_unitStatus;
     AdvancedConsole m_advanced;
+    bool m_spaceHeld = false; // Space went down in the output list and is not up yet
 };

@@ -22,10 +22,18 @@ MessageResult Dialogs::messageBox(const Request &request, QWidget *parent) const
     box.setText(displayText(request.text));
     box.setTextFormat(Qt::PlainText);
     switch (request.icon) {
-    case MessageIcon::None: box.setIcon(QMessageBox::NoIcon); break;
-    case MessageIcon::Information: box.setIcon(QMessageBox::Information); break;
-    case MessageIcon::Warning: box.setIcon(QMessageBox::Warning); break;
-    case MessageIcon::Critical: box.setIcon(QMessageBox::Critical); break;
+    case MessageIcon::None:
+        box.setIcon(QMessageBox::NoIcon);
+        break;
+    case MessageIcon::Information:
+        box.setIcon(QMessageBox::Information);
+        break;
+    case MessageIcon::Warning:
+        box.setIcon(QMessageBox::Warning);
+        break;
+    case MessageIcon::Critical:
+        box.setIcon(QMessageBox::Critical);
+        break;
     }
     struct Choice
     {
@@ -34,9 +42,12 @@ MessageResult Dialogs::messageBox(const Request &request, QWidget *parent) const
     };
     QList<Choice> choices;
     switch (request.buttons) {
-    case MessageButtons::Ok: choices = {{QMessageBox::Ok, MessageResult::Ok}}; break;
+    case MessageButtons::Ok:
+        choices = {{QMessageBox::Ok, MessageResult::Ok}};
+        break;
     case MessageButtons::OkCancel:
-        choices = {{QMessageBox::Ok, MessageResult::Ok}, {QMessageBox::Cancel, MessageResult::Cancel}};
+        choices = {{QMessageBox::Ok, MessageResult::Ok},
+                   {QMessageBox::Cancel, MessageResult::Cancel}};
         break;
     case MessageButtons::YesNo:
         choices = {{QMessageBox::Yes, MessageResult::Yes}, {QMessageBox::No, MessageResult::No}};
@@ -62,8 +73,14 @@ QString Dialogs::chooseFile(const FileRequest &request, QWidget *parent) const
 {
     if (m_fileResponder)
         return m_fileResponder(request);
-    return request.kind == FileDialog::Open
-               ? QFileDialog::getOpenFileName(parent, request.title, QString(), request.filter)
-               : QFileDialog::getSaveFileName(parent, request.title, QString(), request.filter,
-                                              nullptr, QFileDialog::DontConfirmOverwrite);
+    // Every typed name comes back to the program, which checks it itself ("File does not
+    // exist", "File Already Exists"): neither Qt's nor the desktop's dialog may refuse it first.
+    QFileDialog dialog(parent, request.title, QString(), request.filter);
+    dialog.setOptions(QFileDialog::DontUseNativeDialog | QFileDialog::DontConfirmOverwrite);
+    dialog.setFileMode(QFileDialog::AnyFile);
+    dialog.setAcceptMode(request.kind == FileDialog::Open ? QFileDialog::AcceptOpen
+                                                          : QFileDialog::AcceptSave);
+    if (dialog.exec() != QDialog::Accepted)
+        return {};
+    return dialog.selectedFiles().value(0);
 }

@@ -14,6 +14,7 @@
 #include <QLineEdit>
 #include <QMouseEvent>
 #include <QPainter>
+#include <QProxyStyle>
 #include <QPushButton>
 #include <QWindow>
 
@@ -25,17 +26,37 @@ namespace {
 // window; a click on it can be reacted to.
 class Caption : public QLabel
 {
+    Q_OBJECT
 public:
     using QLabel::QLabel;
-    std::function<void()> onClick;
+
+signals:
+    void clicked();
 
 protected:
     void mousePressEvent(QMouseEvent *event) override { event->accept(); }
     void mouseReleaseEvent(QMouseEvent *event) override
     {
         event->accept();
-        if (onClick && rect().contains(event->position().toPoint()))
-            onClick();
+        if (rect().contains(event->position().toPoint()))
+            emit clicked();
+    }
+};
+
+// The desktop's check box: a 13-pixel box and a narrow gap before the caption, so that "Latch"
+// fits the box's 41 pixels whole.
+class CompactCheckStyle : public QProxyStyle
+{
+public:
+    using QProxyStyle::QProxyStyle;
+    int pixelMetric(PixelMetric metric, const QStyleOption *option,
+                    const QWidget *widget) const override
+    {
+        if (metric == PM_IndicatorWidth || metric == PM_IndicatorHeight)
+            return 13;
+        if (metric == PM_CheckBoxLabelSpacing)
+            return 2;
+        return QProxyStyle::pixelMetric(metric, option, widget);
     }
 };
 
@@ -51,6 +72,16 @@ void setPaletteColour(QWidget *w, QPalette::ColorRole role, const QColor &c)
 {
     QPalette p = w->palette();
     p.setColor(role, c);
+    w->setPalette(p);
+}
+
+// A caption's colour while the control is enabled; disabled, it is drawn in the desktop's
+// greyed text whatever its colour.
+void setCaptionColour(QWidget *w, QPalette::ColorRole role, const QColor &c)
+{
+    QPalette p = w->palette();
+    p.setColor(QPalette::Active, role, c);
+    p.setColor(QPalette::Inactive, role, c);
     w->setPalette(p);
 }
 
@@ -85,8 +116,8 @@ void MainWindow::build()
     setAutoFillBackground(false);
     setFocusPolicy(Qt::StrongFocus);
 
-    m_artwork = PanelArtwork::draw(
-        WindowOutline::polygon(1, 1, 0, 0, t.pixelsPerDesignUnit()), devicePixelRatioF());
+    m_artwork = PanelArtwork::draw(WindowOutline::polygon(1, 1, 0, 0, t.pixelsPerDesignUnit()),
+                                   devicePixelRatioF());
 
     auto add = [this](Control c, QWidget *w) { m_controls.insert(c, w); };
     auto button = [&](Control c, const QString &name, const QString &caption, QRect g) {
@@ -107,7 +138,7 @@ void MainWindow::build()
         b->setFont(arialBold(8));
         b->setAutoFillBackground(true); // an opaque face, so black and red captions read
         setPaletteColour(b, QPalette::Window, palette().color(QPalette::Button));
-        setPaletteColour(b, QPalette::WindowText, Qt::black);
+        setCaptionColour(b, QPalette::WindowText, Qt::black);
         add(c, b);
         return b;
     };
@@ -124,7 +155,8 @@ void MainWindow::build()
 
     // Headings and the progress text that takes the outputs heading's place during downloads.
     add(Control::lblTallyOutputs,
-        label(QStringLiteral("lblTallyOutputs"), QStringLiteral("Tally Outputs"), t.rect(1245, 1680, 1635, 375)));
+        label(QStringLiteral("lblTallyOutputs"), QStringLiteral("Tally Outputs"),
+              t.rect(1245, 1680, 1635, 375)));
     QLabel *downloading = label(QStringLiteral("lblDownloading"), QStringLiteral("Download"),
                                 t.rect(1425, 1665, 2115, 345));
     setPaletteColour(downloading, QPalette::WindowText, QColor(192, 192, 255));
@@ -150,7 +182,8 @@ void MainWindow::build()
     TallyList *outputs = makeList(Control::List1, QStringLiteral("List1"), 4, cyan, ground,
                                   t.rect(1050, 1980, 3690, 4095));
     outputs->setFocusPolicy(Qt::StrongFocus);
-    makeList(Control::list2, QStringLiteral("list2"), 2, cyan, ground, t.rect(4830, 1980, 3210, 4110));
+    makeList(Control::list2, QStringLiteral("list2"), 2, cyan, ground,
+             t.rect(4830, 1980, 3210, 4110));
     TallyList *second = makeList(Control::list3, QStringLiteral("list3"), 2, Qt::black,
                                  QColor(128, 128, 255), t.rect(4830, 4380, 3210, 1710));
     second->setToolTip(QStringLiteral("Select Seconday boolean parameter"));
@@ -175,10 +208,11 @@ void MainWindow::build()
     entryFont.setPointSizeF(9.75);
     entry->setFont(entryFont);
     setPaletteColour(entry, QPalette::Base, ground);
-    setPaletteColour(entry, QPalette::Text, Qt::white);
+    setCaptionColour(entry, QPalette::Text, Qt::white);
     add(Control::txtInput, entry);
 
-    button(Control::cmdMapIt, QStringLiteral("cmdMapIt"), QStringLiteral("Map Tally"), t.rect(7140, 1590, 945, 315));
+    button(Control::cmdMapIt, QStringLiteral("cmdMapIt"), QStringLiteral("Map Tally"),
+           t.rect(7140, 1590, 945, 315));
     QPushButton *online = button(Control::cmdOnline, QStringLiteral("cmdOnline"),
                                  QStringLiteral("OFFLINE"), t.rect(4080, 1230, 1095, 315));
     setPaletteColour(online, QPalette::Button, QColor(255, 128, 128));
@@ -196,35 +230,48 @@ void MainWindow::build()
     label(QStringLiteral("Label9"), QStringLiteral("Ch"), t.rect(7425, 6240, 375, 285));
     valueBox(Control::lblInChannel, QStringLiteral("lblInChannel"), t.rect(7680, 6210, 375, 285));
 
-    button(Control::cmdTest, QStringLiteral("cmdTest"), QStringLiteral("Test"), t.rect(1050, 6210, 615, 285));
-    check(Control::chkTest, QStringLiteral("chkTest"), QStringLiteral("Latch"), t.rect(1680, 6210, 615, 285))
+    button(Control::cmdTest, QStringLiteral("cmdTest"), QStringLiteral("Test"),
+           t.rect(1050, 6210, 615, 285));
+    check(Control::chkTest, QStringLiteral("chkTest"), QStringLiteral("Latch"),
+          t.rect(1680, 6210, 615, 285))
         ->setFont(arialBold(6.5));
 
     QLabel *error = label(QStringLiteral("lblError"), QStringLiteral("ERROR MESSAGE"),
                           t.rect(5760, 6615, 2355, 285));
     setPaletteColour(error, QPalette::WindowText, Qt::yellow);
-    static_cast<Caption *>(error)->onClick = [error] { error->clear(); };
+    connect(static_cast<Caption *>(error), &Caption::clicked, error, &QLabel::clear);
     add(Control::lblError, error);
-    QLabel *fileName = label(QStringLiteral("lblFileName"), QStringLiteral("File"), t.rect(5850, 6915, 2220, 285));
+    QLabel *fileName =
+        label(QStringLiteral("lblFileName"), QStringLiteral("File"), t.rect(5850, 6915, 2220, 285));
     fileName->setFont(arialBold(8));
     add(Control::lblFileName, fileName);
 
-    check(Control::Check1, QStringLiteral("Check1"), QStringLiteral("Unit Status"), t.rect(1050, 6750, 1245, 285));
-    check(Control::Check3, QStringLiteral("Check3"), QStringLiteral("Boolean"), t.rect(1050, 7080, 1245, 285));
-    check(Control::Check2, QStringLiteral("Check2"), QStringLiteral("Advanced"), t.rect(1050, 7410, 1245, 285));
+    check(Control::Check1, QStringLiteral("Check1"), QStringLiteral("Unit Status"),
+          t.rect(1050, 6750, 1245, 285));
+    check(Control::Check3, QStringLiteral("Check3"), QStringLiteral("Boolean"),
+          t.rect(1050, 7080, 1245, 285));
+    check(Control::Check2, QStringLiteral("Check2"), QStringLiteral("Advanced"),
+          t.rect(1050, 7410, 1245, 285));
 
-    button(Control::cmdCancelDownload, QStringLiteral("cmdCancelDownload"), QStringLiteral("Cancel"),
-           t.rect(4035, 6750, 930, 285))->hide();
-    button(Control::cmdRefresh, QStringLiteral("cmdRefresh"), QStringLiteral("Refresh"), t.rect(4035, 7080, 930, 285));
-    button(Control::cmdInit, QStringLiteral("cmdInit"), QStringLiteral("Clear All"), t.rect(4035, 7410, 930, 285));
-    button(Control::cmdLoadMatrix, QStringLiteral("cmdLoadMatrix"), QStringLiteral("Load"), t.rect(6000, 7170, 930, 285));
-    button(Control::cmdSaveMatrix, QStringLiteral("cmdSaveMatrix"), QStringLiteral("Save"), t.rect(6960, 7170, 930, 285));
-    button(Control::cmdPartLoadMatrix, QStringLiteral("cmdPartLoadMatrix"), QStringLiteral("Partial Load"),
-           t.rect(6000, 7500, 1890, 245));
+    button(Control::cmdCancelDownload, QStringLiteral("cmdCancelDownload"),
+           QStringLiteral("Cancel"), t.rect(4035, 6750, 930, 285))
+        ->hide();
+    button(Control::cmdRefresh, QStringLiteral("cmdRefresh"), QStringLiteral("Refresh"),
+           t.rect(4035, 7080, 930, 285));
+    button(Control::cmdInit, QStringLiteral("cmdInit"), QStringLiteral("Clear All"),
+           t.rect(4035, 7410, 930, 285));
+    button(Control::cmdLoadMatrix, QStringLiteral("cmdLoadMatrix"), QStringLiteral("Load"),
+           t.rect(6000, 7170, 930, 285));
+    button(Control::cmdSaveMatrix, QStringLiteral("cmdSaveMatrix"), QStringLiteral("Save"),
+           t.rect(6960, 7170, 930, 285));
+    button(Control::cmdPartLoadMatrix, QStringLiteral("cmdPartLoadMatrix"),
+           QStringLiteral("Partial Load"), t.rect(6000, 7500, 1890, 245));
 
     // Labels without text that carry the version tool tips.
-    add(Control::lblMainVersionInfo, label(QStringLiteral("lblMainVersionInfo"), QString(), t.rect(3120, 720, 3495, 255)));
-    add(Control::lblVersionInfo, label(QStringLiteral("lblVersionInfo"), QString(), t.rect(1575, 7920, 4575, 375)));
+    add(Control::lblMainVersionInfo,
+        label(QStringLiteral("lblMainVersionInfo"), QString(), t.rect(3120, 720, 3495, 255)));
+    add(Control::lblVersionInfo,
+        label(QStringLiteral("lblVersionInfo"), QString(), t.rect(1575, 7920, 4575, 375)));
 
     // Transmit and receive lamps.
     QLabel *tx = label(QStringLiteral("Label1"), QStringLiteral("TX"), t.rect(855, 1095, 360, 180));
@@ -232,7 +279,8 @@ void MainWindow::build()
     tx->setAlignment(Qt::AlignCenter);
     tx->setAutoFillBackground(true); // the one opaque label
     setPaletteColour(tx, QPalette::Window, QColor(44, 44, 108));
-    QLabel *rx = label(QStringLiteral("Label4"), QStringLiteral("RX"), t.rect(7845, 1110, 345, 180));
+    QLabel *rx =
+        label(QStringLiteral("Label4"), QStringLiteral("RX"), t.rect(7845, 1110, 345, 180));
     rx->setFont(arialBold(6.5));
     rx->setAlignment(Qt::AlignCenter);
     auto *txLamp = new Lamp(this);
@@ -263,6 +311,19 @@ void MainWindow::build()
     for (QPushButton *b : {minimise, close})
         b->setFont(arialBold(8));
 
+    auto *checkStyle = new CompactCheckStyle(QApplication::style()->name());
+    checkStyle->setParent(this); // made after the boxes, so that it goes after them
+    for (QCheckBox *b : findChildren<QCheckBox *>())
+        b->setStyle(checkStyle);
+
+    // A press on a control stays with it: only the bare background moves the window.
+    QList<QWidget *> pressable = m_controls.values();
+    pressable << m_cmdMin << m_cmdClose;
+    for (QWidget *w : pressable) {
+        if (!qobject_cast<Lamp *>(w)) // a lamp is painted on the background
+            w->setAttribute(Qt::WA_NoMousePropagation);
+    }
+
     // Offline until the link is tried.
     for (Control c : {Control::cmdTest, Control::chkTest, Control::cmdRefresh, Control::Check1,
                       Control::Check2})
@@ -278,7 +339,10 @@ QAbstractButton *MainWindow::button(Control c) const
     return qobject_cast<QAbstractButton *>(control(c));
 }
 
-QLineEdit *MainWindow::entry() const { return qobject_cast<QLineEdit *>(control(Control::txtInput)); }
+QLineEdit *MainWindow::entry() const
+{
+    return qobject_cast<QLineEdit *>(control(Control::txtInput));
+}
 
 void MainWindow::applyOutline(const QRegion &region)
 {
@@ -323,8 +387,10 @@ void MainWindow::setToolTip(Control c, const QString &text)
 
 void MainWindow::setEnabled(Control c, bool enabled)
 {
-    if (QWidget *w = control(c))
+    if (QWidget *w = control(c)) {
         w->setEnabled(enabled);
+        paintIfBlocked(w);
+    }
 }
 
 bool MainWindow::isEnabled(Control c) const
@@ -335,8 +401,33 @@ bool MainWindow::isEnabled(Control c) const
 
 void MainWindow::setVisible(Control c, bool visible)
 {
-    if (QWidget *w = control(c))
-        w->setVisible(visible);
+    QWidget *w = control(c);
+    if (!w)
+        return;
+    w->setVisible(visible);
+    if (c == Control::lblDownloading && visible != m_downloading) {
+        // A load or read-back is starting: it blocks the thread, so the whole window is painted
+        // now, over anything a closed dialog left on it.
+        m_downloading = visible;
+        if (visible) {
+            // Every control too: a window repaint alone leaves opaque ones to the backing store.
+            for (QWidget *child : findChildren<QWidget *>())
+                child->update();
+            repaint();
+        }
+    }
+    paintIfBlocked(w);
+}
+
+void MainWindow::paintIfBlocked(QWidget *w)
+{
+    // During a download no event is served to paint what changed: it is painted at once.
+    if (!m_downloading)
+        return;
+    if (w->isVisible())
+        w->repaint();
+    else
+        repaint(w->geometry());
 }
 
 bool MainWindow::isVisible(Control c) const
@@ -357,7 +448,7 @@ void MainWindow::setBackColour(Control c, Colour colour)
 void MainWindow::setForeColour(Control c, Colour colour)
 {
     if (QWidget *w = control(c))
-        setPaletteColour(w, QPalette::WindowText, toQColor(colour));
+        setCaptionColour(w, QPalette::WindowText, toQColor(colour));
 }
 
 void MainWindow::setChecked(Control c, bool checked)
@@ -490,13 +581,12 @@ void MainWindow::mousePressEvent(QMouseEvent *event)
     event->accept();
 }
 
-void MainWindow::focusInEvent(QFocusEvent *)
-{
-    setFocus(Control::List1);
-}
+void MainWindow::focusInEvent(QFocusEvent *) { setFocus(Control::List1); }
 
 void MainWindow::closeEvent(QCloseEvent *event)
 {
     emit unloading();
     event->accept();
 }
+
+#include "MainWindow.moc"

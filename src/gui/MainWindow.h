@@ -97,6 +97,7 @@ protected:
 
 private:
     void build();
+    void paintIfBlocked(QWidget *w);
     QLabel *label(const QString &name, const QString &text, QRect geometry);
 
     Dialogs &m_dialogs;
@@ -106,4 +107,5 @@ private:
     QAbstractButton *m_cmdClose = nullptr;
     QPixmap m_artwork;
     std::function<void()> m_endProcess;
+    bool m_downloading = false; // between the two halves of EnableControls
 };

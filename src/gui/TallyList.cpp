@@ -31,8 +31,6 @@ QVariant TallyListModel::data(const QModelIndex &index, int role) const
         return row.pieces.value(index.column());
     case Qt::BackgroundRole:
         return row.background;
-    case Qt::ForegroundRole:
-        return m_textColour.isValid() ? QVariant(m_textColour) : QVariant();
     case Qt::ToolTipRole:
         return index.column() == 0 ? QVariant(row.pieces.value(0)) : QVariant();
     default:
@@ -85,7 +83,6 @@ QColor TallyListModel::rowColour(int row) const
 TallyList::TallyList(int columns, const QColor &text, const QColor &background, QWidget *parent)
     : QTableView(parent), m_model(new TallyListModel(columns, this)), m_background(background)
 {
-    m_model->setTextColour(text);
     setModel(m_model);
     setSelectionMode(QAbstractItemView::SingleSelection);
     setSelectionBehavior(QAbstractItemView::SelectRows);
@@ -101,16 +98,18 @@ TallyList::TallyList(int columns, const QColor &text, const QColor &background, 
     verticalHeader()->setDefaultSectionSize(fontMetrics().height() + 2);
     QPalette p = palette();
     p.setColor(QPalette::Base, background);
-    p.setColor(QPalette::Text, text);
+    // Disabled, the rows are drawn in the desktop's greyed text.
+    p.setColor(QPalette::Active, QPalette::Text, text);
+    p.setColor(QPalette::Inactive, QPalette::Text, text);
     // The selected row keeps a clear bar whether or not the list has the focus.
-    p.setColor(QPalette::Inactive, QPalette::Highlight, p.color(QPalette::Active, QPalette::Highlight));
+    p.setColor(QPalette::Inactive, QPalette::Highlight,
+               p.color(QPalette::Active, QPalette::Highlight));
     p.setColor(QPalette::Inactive, QPalette::HighlightedText,
                p.color(QPalette::Active, QPalette::HighlightedText));
     setPalette(p);
-    connect(this, &QAbstractItemView::clicked, this, [this] {
-        if (onClick)
-            onClick();
-    });
+    connect(this, &QAbstractItemView::clicked, this, &TallyList::rowClicked);
+    connect(selectionModel(), &QItemSelectionModel::currentRowChanged, this,
+            [this](const QModelIndex &current) { emit currentRowChanged(current.row()); });
 }
 
 void TallyList::setColumnWeights(const QList<int> &weights)
@@ -168,7 +167,9 @@ void TallyList::setCurrentRow(int row)
 
 void TallyList::keyPressEvent(QKeyEvent *event)
 {
-    if (onKeyDown && onKeyDown(event)) {
+    bool handled = false;
+    emit keyDown(event, &handled);
+    if (handled) {
         event->accept();
         return;
     }
@@ -184,20 +185,27 @@ void TallyList::keyPressEvent(QKeyEvent *event)
 void TallyList::keyReleaseEvent(QKeyEvent *event)
 {
     QTableView::keyReleaseEvent(event);
-    if (onKeyUp)
-        onKeyUp(event);
+    emit keyUp(event);
 }
 
 void TallyList::mouseReleaseEvent(QMouseEvent *event)
 {
     QTableView::mouseReleaseEvent(event);
-    if (onMouseRelease)
-        onMouseRelease();
+    emit mouseReleased();
 }
 
 void TallyList::mouseDoubleClickEvent(QMouseEvent *event)
 {
     QTableView::mouseDoubleClickEvent(event);
-    if (onDoubleClick)
-        onDoubleClick();
+    emit rowDoubleClicked();
+}
+
+QItemSelectionModel::SelectionFlags TallyList::selectionCommand(const QModelIndex &index,
+                                                                const QEvent *event) const
+{
+    // Ctrl+click would take the highlight off the selected row; it selects it instead.
+    QItemSelectionModel::SelectionFlags command = QTableView::selectionCommand(index, event);
+    if (command & (QItemSelectionModel::Deselect | QItemSelectionModel::Toggle))
+        command = QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows;
+    return command;
 }

@@ -4,8 +4,6 @@
 #include <QColor>
 #include <QTableView>
 
-#include <functional>
-
 // Rows of TAB-separated text shown as columns; each row keeps its whole text and a background
 // colour of its own.
 class TallyListModel : public QAbstractTableModel
@@ -24,7 +22,6 @@ public:
     void setRowText(int row, const QString &text);
     void setRowColour(int row, const QColor &colour);
     QColor rowColour(int row) const;
-    void setTextColour(const QColor &colour) { m_textColour = colour; }
 
 private:
     struct Row
@@ -35,11 +32,11 @@ private:
     };
     QList<Row> m_rows;
     int m_columns = 1;
-    QColor m_textColour;
 };
 
-// The list control of the main window: the table view over TallyListModel, with the
-// notifications the window reacts to. The key-down handler returns true to swallow a key.
+// The list control of the main window: the table view over TallyListModel, telling the
+// operator's clicks, keys and row changes by signals. A row, once selected, stays highlighted:
+// the lists always have a selected row.
 class TallyList : public QTableView
 {
     Q_OBJECT
@@ -52,11 +49,16 @@ public:
     void setCurrentRow(int row);
     QColor background() const { return m_background; }
 
-    std::function<void()> onClick;
-    std::function<void()> onDoubleClick;
-    std::function<bool(QKeyEvent *)> onKeyDown;
-    std::function<void(QKeyEvent *)> onKeyUp;
-    std::function<void()> onMouseRelease;
+signals:
+    // A row clicked with the left button (also on the row already current).
+    void rowClicked();
+    void rowDoubleClicked();
+    // A key went down; a receiver that sets *handled swallows it.
+    void keyDown(QKeyEvent *event, bool *handled);
+    void keyUp(QKeyEvent *event);
+    void mouseReleased();
+    // The current row moved, by the operator or by the program.
+    void currentRowChanged(int row);
 
 protected:
     void keyPressEvent(QKeyEvent *event) override;
@@ -64,6 +66,8 @@ protected:
     void mouseReleaseEvent(QMouseEvent *event) override;
     void mouseDoubleClickEvent(QMouseEvent *event) override;
     void resizeEvent(QResizeEvent *event) override;
+    QItemSelectionModel::SelectionFlags selectionCommand(const QModelIndex &index,
+                                                         const QEvent *event) const override;
 
 private:
     void applyColumnWidths();

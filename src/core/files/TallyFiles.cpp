@@ -13,7 +13,7 @@
 #include <QFileInfo>
 
 namespace {
-const QString Filter = QStringLiteral("Kestrel Tally (*.qvr)");
+const QString Filter = QStringLiteral("Kestrel Tally(*.qvr)");
 }
 
 TallyFiles::TallyFiles(SystemModel &model, MainView &view, Mapping &mapping, ReadBack &readBack,
@@ -45,7 +45,8 @@ void TallyFiles::load(const QString &mode)
 {
     const QString path = GetOpenTallyFileName();
     if (!path.isEmpty()) {
-        if (!QFileInfo(path).isFile()) {
+        // A normal file only: hidden files are not offered.
+        if (const QFileInfo file(path); !file.isFile() || file.isHidden()) {
             m_view.messageBox(QStringLiteral("File does not exist"), QStringLiteral("File Error"),
                               MessageButtons::Ok, MessageIcon::Information, MessageResult::Ok);
         } else if (LoadMatrixMappings(path, mode)) {
