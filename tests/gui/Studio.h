@@ -33,13 +33,12 @@ public:
     {
         dialogs.setResponder([this](const Dialogs::Request &r) {
             boxes << r;
-            if (!answers.isEmpty())
-                return answers.takeFirst();
-            return r.buttons == MessageButtons::YesNo ? MessageResult::No : r.defaultButton;
+            const MessageResult given =
+                r.buttons == MessageButtons::YesNo ? MessageResult::No : r.defaultButton;
+            return answers.isEmpty() ? given : answers.takeFirst();
         });
-        dialogs.setFileResponder([this](const Dialogs::FileRequest &) {
-            return files.isEmpty() ? QString() : files.takeFirst();
-        });
+        dialogs.setFileResponder(
+            [this](auto &) { return files.isEmpty() ? QString() : files.takeFirst(); });
     }
 
     // Kestrel.ini holds `outputs` outputs on unit 1 and `inputs` inputs on unit 2, channels from
@@ -47,12 +46,12 @@ public:
     bool load(int outputs, int inputs, const QByteArray &more = {})
     {
         QByteArray ini = "[Kestrel]\r\nSystem=Test studio\r\nEnabledUnits=1,2\r\n" + more;
-        for (int i = 1; i <= outputs; ++i)
-            ini += "Output " + QByteArray::number(i) + "=Out " + QByteArray::number(i) + ",1," +
-                   QByteArray::number(i) + "\r\n";
-        for (int j = 1; j <= inputs; ++j)
-            ini += "Input " + QByteArray::number(j) + "=In " + QByteArray::number(j) + ",2," +
-                   QByteArray::number(j) + "\r\n";
+        for (int k = 1; k <= std::max(outputs, inputs); ++k) {
+            if (k <= outputs)
+                ini += QString::asprintf("Output %d=Out %d,1,%d\r\n", k, k, k).toLatin1();
+            if (k <= inputs)
+                ini += QString::asprintf("Input %d=In %d,2,%d\r\n", k, k, k).toLatin1();
+        }
         QFile f(dir.filePath(u"Kestrel.ini"_s));
         if (outputs >= 0 && (!f.open(QIODevice::WriteOnly) || f.write(ini) != ini.size()))
             return false;
@@ -63,25 +62,19 @@ public:
     // The model's mappings, in output order.
     QStringList mapped() const
     {
-        QStringList out;
-        for (int i = 1; i <= model.NumberOfOutputs; ++i) {
-            if (!model.OutputMap[i].isEmpty())
-                out << model.OutputMap[i];
-        }
+        QStringList out(model.OutputMap.begin() + 1,
+                        model.OutputMap.begin() + model.NumberOfOutputs + 1);
+        out.removeAll(QString());
         return out;
     }
     void click(Control c) { QTest::mouseClick(window.button(c), Qt::LeftButton); }
     // The operator picks a row of a list with the mouse (scrolled into view first).
-    void pick(Control list, int row, bool twice = false)
+    void pick(Control list, int row)
     {
         TallyList *l = window.list(list);
-        const QModelIndex index = l->model()->index(row, 0);
-        l->scrollTo(index);
-        const QPoint at = l->visualRect(index).center();
-        if (twice)
-            QTest::mouseDClick(l->viewport(), Qt::LeftButton, {}, at);
-        else
-            QTest::mouseClick(l->viewport(), Qt::LeftButton, {}, at);
+        l->scrollTo(l->model()->index(row, 0));
+        QTest::mouseClick(l->viewport(), Qt::LeftButton, {},
+                          l->visualRect(l->model()->index(row, 0)).center());
     }
 
     QTemporaryDir dir;

@@ -1,10 +1,9 @@
 // The windows as the application builds them (Configurator joins them to the logic), on a
-// scripted tally system: the layout holds together, the secondary windows' controls reach the
-// logic, and each way of closing a window does what it should.
+// scripted tally system: the layout holds together, and the secondary windows' controls and
+// close boxes reach the logic.
 #include "Studio.h"
 
 #include "gui/AdvancedWindow.h"
-#include "gui/StartUp.h"
 #include "gui/UnitStatusWindow.h"
 
 #include <QLabel>
@@ -16,22 +15,19 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-QString nameOf(const QWidget *w)
+// What a control covers, named. A label without a background of its own covers only its text.
+std::pair<QRect, QString> extent(const QWidget *w)
 {
     const QVariant index = w->property("index");
-    return w->objectName() + (index.isValid() ? u"(%1)"_s.arg(index.toInt()) : QString());
-}
-
-// What a control covers. A label without a background of its own covers only its text.
-QRect extent(const QWidget *w)
-{
+    const QString name = w->objectName() + (index.isValid() ? u"(%1)"_s.arg(index.toInt()) : u""_s);
     const auto *label = qobject_cast<const QLabel *>(w);
     if (!label || label->autoFillBackground())
-        return w->geometry();
+        return {w->geometry(), name};
     const QRect text = label->fontMetrics().boundingRect(
         QRect(QPoint(), w->size()), int(label->alignment()) | Qt::TextWordWrap, label->text());
-    return QStyle::alignedRect(w->layoutDirection(), label->alignment(), text.size(),
-                               w->geometry());
+    return {
+        QStyle::alignedRect(w->layoutDirection(), label->alignment(), text.size(), w->geometry()),
+        name};
 }
 
 } // namespace
@@ -42,45 +38,39 @@ class TestGuiWindows : public QObject
 private slots:
     void layout_data()
     {
-        QTest::addColumn<QString>("window");
+        QTest::addColumn<int>("window");
         QTest::addColumn<bool>("boolean");
-        QTest::newRow("main") << u"frmKestrelMain"_s << false;
-        QTest::newRow("main, Boolean layout") << u"frmKestrelMain"_s << true;
-        QTest::newRow("unit status") << u"frmUnitBits"_s << false;
-        QTest::newRow("advanced") << u"frmVerbose"_s << false;
+        QTest::newRow("main") << 0 << false;
+        QTest::newRow("main, Boolean layout") << 0 << true;
+        QTest::newRow("unit status") << 1 << false;
+        QTest::newRow("advanced") << 2 << false;
     }
     // Every control lies inside the window's outline, and none covers another.
     void layout()
     {
-        QFETCH(QString, window);
+        QFETCH(int, window);
         QFETCH(bool, boolean);
         ScriptedStudio r;
-        QVERIFY(r.loaded);
+        for (Control box : {Control::Check1, Control::Check2})
+            r.s.click(box);
         if (boolean)
             r.s.click(Control::Check3);
-        r.s.click(Control::Check1);
-        r.s.click(Control::Check2);
-        QWidget *w = &r.s.window;
-        for (QWidget *other : {static_cast<QWidget *>(&r.s.logic.unitStatusWindow()),
-                               static_cast<QWidget *>(&r.s.logic.advancedWindow())}) {
-            if (other->objectName() == window)
-                w = other;
-        }
-        QCOMPARE(w->objectName(), window);
+        QWidget *w = QList<QWidget *>{&r.s.window, &r.s.logic.unitStatusWindow(),
+                                      &r.s.logic.advancedWindow()}[window];
         QVERIFY(w->isVisible());
         const QRegion outline = w->mask().isEmpty() ? QRegion(w->rect()) : w->mask();
-        QList<QWidget *> controls;
+        QList<std::pair<QRect, QString>> controls;
         for (QWidget *c : w->findChildren<QWidget *>(QString(), Qt::FindDirectChildrenOnly)) {
             if (c->isVisibleTo(w))
-                controls << c;
+                controls << extent(c);
         }
         QVERIFY(controls.size() >= 3);
-        for (int a = 0; a < controls.size(); ++a) {
-            QVERIFY2((QRegion(controls[a]->geometry()) - outline).isEmpty(),
-                     qPrintable(nameOf(controls[a])));
-            for (int b = a + 1; b < controls.size(); ++b) {
-                if (extent(controls[a]).intersects(extent(controls[b])))
-                    QFAIL(qPrintable(nameOf(controls[a]) + u" covers "_s + nameOf(controls[b])));
+        for (qsizetype a = 0; a < controls.size(); ++a) {
+            QVERIFY2((QRegion(controls[a].first) - outline).isEmpty(),
+                     qPrintable(controls[a].second));
+            for (qsizetype b = a + 1; b < controls.size(); ++b) {
+                if (controls[a].first.intersects(controls[b].first))
+                    QFAIL(qPrintable(controls[a].second + u" covers "_s + controls[b].second));
             }
         }
     }
@@ -90,32 +80,33 @@ private slots:
         QTest::addColumn<bool>("unitWindow"); // or the advanced window
         QTest::addColumn<QStringList>("steps");
         QTest::addColumn<QByteArray>("sent"); // the last command sent
-        QTest::addColumn<bool>("open");       // the window shown and its box ticked
         QTest::addColumn<QString>("shows");   // the watched unit, or what the monitor shows
-        QTest::newRow("unit: up") << true << QStringList{u"up"_s} << QByteArray("GSTAT 2") << true
-                                  << u"2"_s;
+        const QString reply = u"GSTAT 9\nOK\n."_s;
         QTest::newRow("unit: up, down")
-            << true << QStringList{u"up"_s, u"down"_s} << QByteArray("GSTAT 1") << true << u"1"_s;
+            << true << QStringList{u"up"_s, u"down"_s} << QByteArray("GSTAT 1") << u"1"_s;
         QTest::newRow("unit: Close Window")
-            << true << QStringList{u"Close Window"_s} << QByteArray() << false << u"1"_s;
+            << true << QStringList{u"close: Close Window"_s} << QByteArray() << u"1"_s;
         QTest::newRow("unit: close box")
-            << true << QStringList{u"close box"_s} << QByteArray() << false << u"1"_s;
-        QTest::newRow("advanced: send") << false << QStringList{u"send"_s} << QByteArray("GSTAT 9")
-                                        << true << u"GSTAT 9\nOK\n."_s;
-        QTest::newRow("advanced: Enter") << false << QStringList{u"Enter"_s}
-                                         << QByteArray("GSTAT 9") << true << u"GSTAT 9\nOK\n."_s;
+            << true << QStringList{u"close: its box"_s} << QByteArray() << u"1"_s;
+        QTest::newRow("unit: main window closed")
+            << true << QStringList{u"close: main window"_s} << QByteArray() << u"1"_s;
+        QTest::newRow("advanced: send")
+            << false << QStringList{u"send"_s} << QByteArray("GSTAT 9") << reply;
+        QTest::newRow("advanced: Enter")
+            << false << QStringList{u"Enter"_s} << QByteArray("GSTAT 9") << reply;
         QTest::newRow("advanced: close box")
-            << false << QStringList{u"close box"_s} << QByteArray() << false << QString();
+            << false << QStringList{u"close: its box"_s} << QByteArray() << reply;
+        QTest::newRow("advanced: main window closed")
+            << false << QStringList{u"close: main window"_s} << QByteArray() << reply;
     }
     void secondaryWindows()
     {
         QFETCH(bool, unitWindow);
         QFETCH(QStringList, steps);
         QFETCH(QByteArray, sent);
-        QFETCH(bool, open);
+        const bool open = !steps.last().startsWith(u"close"_s); // shown, its box ticked
         QFETCH(QString, shows);
         ScriptedStudio r;
-        QVERIFY(r.loaded);
         UnitStatusWindow &unit = r.s.logic.unitStatusWindow();
         AdvancedWindow &advanced = r.s.logic.advancedWindow();
         const Control box = unitWindow ? Control::Check1 : Control::Check2;
@@ -128,14 +119,14 @@ private slots:
             if (step == u"up"_s || step == u"down"_s)
                 QTest::mouseClick(step == u"up"_s ? unit.upButton() : unit.downButton(),
                                   Qt::LeftButton);
-            else if (step == u"Close Window"_s)
+            else if (step == u"close: Close Window"_s)
                 QTest::mouseClick(unit.closeButton(), Qt::LeftButton);
-            else if (step == u"close box"_s)
-                QVERIFY(window->close());
             else if (step == u"send"_s)
                 QTest::mouseClick(advanced.sendButton(), Qt::LeftButton);
-            else
+            else if (step == u"Enter"_s)
                 QTest::keyClick(advanced.commandLine(), Qt::Key_Return);
+            else
+                QVERIFY((step == u"close: its box"_s ? window : &r.s.window)->close());
         }
         QCOMPARE(r.port.commands.isEmpty() ? QByteArray() : r.port.commands.last(), sent);
         QCOMPARE(window->isVisible(), open);
@@ -144,31 +135,6 @@ private slots:
             QCOMPARE(unit.watchUnitText(), shows);
         else if (open) // the time of day, then the exchange
             QCOMPARE(advanced.monitor()->toPlainText().section(u'\n', 1), shows);
-    }
-
-    void closingTheMainWindow_data()
-    {
-        QTest::addColumn<bool>("closeButton");
-        QTest::newRow("its X button: the process ends at once") << true;
-        QTest::newRow("the desktop: the secondary windows go with it") << false;
-    }
-    void closingTheMainWindow()
-    {
-        QFETCH(bool, closeButton);
-        ScriptedStudio r;
-        r.s.click(Control::Check1);
-        r.s.click(Control::Check2);
-        int ended = 0;
-        r.s.window.setEndProcess([&ended] { ++ended; });
-        if (closeButton)
-            QTest::mouseClick(r.s.window.closeButton(), Qt::LeftButton);
-        else
-            r.s.window.close();
-        QCOMPARE(ended, closeButton ? 1 : 0);
-        for (Control box : {Control::Check1, Control::Check2})
-            QCOMPARE(r.s.window.isChecked(box), closeButton);
-        QCOMPARE(r.s.logic.unitStatusWindow().isVisible(), closeButton);
-        QCOMPARE(r.s.logic.advancedWindow().isVisible(), closeButton);
     }
 
     void fileMissing()
@@ -180,23 +146,6 @@ private slots:
         QCOMPARE(r.s.boxes[0].buttons, MessageButtons::OkCancel);
         QVERIFY(!r.s.window.isVisible());
         QVERIFY(r.port.commands.isEmpty());
-    }
-
-    void singleInstanceOffX11()
-    {
-        // Off X11 a running copy holds a per-user socket; a second start finds it.
-        QTemporaryDir runtime;
-        qputenv("XDG_RUNTIME_DIR", QFile::encodeName(runtime.path()));
-        QFile::setPermissions(runtime.path(), QFileDevice::ReadOwner | QFileDevice::WriteOwner |
-                                                  QFileDevice::ExeOwner);
-        Dialogs dialogs;
-        dialogs.setResponder([](const Dialogs::Request &) { return MessageResult::Ok; });
-        {
-            StartUp first(dialogs);
-            QVERIFY(first.Form1_Load());
-            QVERIFY(!StartUp(dialogs).Form1_Load());
-        }
-        QVERIFY(StartUp(dialogs).Form1_Load()); // the first copy has ended
     }
 };
 
