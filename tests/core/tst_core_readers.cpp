@@ -1,6 +1,5 @@
 // The readers of untrusted text: numbers, map strings, tally files and Kestrel.ini.
 
-#include "Rows.h"
 #include "config/SystemDescription.h"
 #include "files/TallyFile.h"
 #include "matrix/MapString.h"
@@ -8,12 +7,14 @@
 
 #include <QDir>
 #include <QTemporaryDir>
+#include <QTest>
 
 using namespace Qt::StringLiterals;
 
 namespace {
-// The model as one line: system, port, enabled units, the outputs and inputs as
-// name/unit/channel (with many, the first and last only), and what the limit warning lists.
+// The model as one line: system, port, enabled units, then outputs and inputs as their count
+// and [name/unit/channel] of each (of the first and last only when there are many), then the
+// lines of the limit warning after its first.
 QString describe(const SystemModel &m, const QString &warning)
 {
     QString s = m.SystemName + u" P"_s + QString::number(m.KestrelCommport) + u" U"_s;
@@ -45,153 +46,118 @@ class TestReaders : public QObject
 private slots:
     void readNumber_data()
     {
-        // text | number read | stored into 16 bits (x: does not fit)
-        addRows({
-            "42 | 42 | 42",
-            "&HFF | 255 | 255",
-            "&hff | 255 | 255",
-            "&O178 | 15 | 15",
-            "&H1G | 1 | 1",
-            "&X1 | 0 | 0",
-            "1.5 | 1.5 | 2",
-            "2.5 | 2.5 | 2",
-            "-2.5 | -2.5 | -2",
-            "3.5 | 3.5 | 4",
-            "25E-1 | 2.5 | 2",
-            "1e3x | 1000 | 1000",
-            "7e+ | 7 | 7",
-            " - 3 | -3 | -3",
-            "\t1\n2 3\t | 123 | 123",
-            "1\r2 | 1 | 1",
-            " | 0 | 0",
-            ". | 0 | 0",
-            ".5 | 0.5 | 0",
-            "+8 | 8 | 8",
-            "COM3 | 0 | 0",
-            "1.2.3 | 1.2 | 1",
-            "3,4 | 3 | 3",
-            "32767.4 | 32767.4 | 32767",
-            "32767.5 | 32767.5 | x",
-            "-32769 | -32769 | x",
-            "1e999 | inf | x",
-            "1e-999 | 0 | 0",
-            " - 2.5e00000000001x | -25 | -25",
-        });
-        QTest::newRow("1e400 by digits")
-            << QStringList{u"1"_s + QString(400, u'0') + u"e-1"_s, u"inf"_s, u"x"_s};
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<double>("number");
+        QTest::addColumn<QVariant>("stored"); // into 16 bits; null: does not fit
+        const auto row = [](const QString &text, double number, QVariant stored) {
+            QTest::newRow(qPrintable(text)) << text << number << stored;
+        };
+        row(u"&hFfG"_s, 255, 255), row(u"&O178"_s, 15, 15), row(u"&X1"_s, 0, 0);
+        row(u"2.5"_s, 2.5, 2), row(u"-2.5"_s, -2.5, -2), row(u"3.5"_s, 3.5, 4);
+        row(u" - 2.5e00000000001x"_s, -25, -25), row(u"\t1\n2 3\t"_s, 123, 123);
+        row(u"1\r2"_s, 1, 1), row(u"1.2.3"_s, 1.2, 1), row(u"."_s, 0, 0), row(u"7e+"_s, 7, 7);
+        row(u"32767.4"_s, 32767.4, 32767), row(u"32767.5"_s, 32767.5, {});
+        row(u"-32769"_s, -32769, {}), row(u"1e-999"_s, 0, 0), row(u"1e999"_s, qInf(), {});
+        row(u"1"_s + QString(400, u'0') + u"e-1"_s, qInf(), {});
     }
     void readNumber()
     {
-        QFETCH(QStringList, f);
-        QCOMPARE(ReadNumber(f[0]), f[1].toDouble());
-        const auto stored = ToInt16(ReadNumber(f[0]));
-        QCOMPARE(stored ? QString::number(*stored) : u"x"_s, f[2]);
+        QFETCH(QString, text);
+        QFETCH(double, number);
+        QFETCH(QVariant, stored);
+        QCOMPARE(ReadNumber(text), number);
+        const auto got = ToInt16(number);
+        QCOMPARE(got ? QVariant(int(*got)) : QVariant(), stored);
     }
 
     void mapString_data()
     {
-        // text | fields read | "=" when composing the fields gives the text
-        addRows({
-            "[2][5][1][3][1][4][7][1] | 2 5 1 3 1 4 7 1 | =",
-            "[12][100][999][10][1][0][0][0] | 12 100 999 10 1 0 0 0 | =",
-            "[2][5][1][3] | 2 5 1 3 0 0 0 0",
-            " | 0 0 0 0 0 0 0 0",
-            "x[7 | 7 0 0 0 0 0 0 0",
-            "[1234][5] | 123 5 0 0 0 0 0 0",
-            "[1][2][3][4][1][5][6][1][9] | 1 2 3 4 1 5 6 1",
-            "[1 2][ab][-9] | 12 0 -9 0 0 0 0 0",
-            "[9e9][3] | 0 3 0 0 0 0 0 0",
-        });
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<MapFields>("fields");
+        QTest::newRow("eight") << u"[2][5][1][3][1][4][7][1]"_s
+                               << MapFields{2, 5, 1, 3, 1, 4, 7, 1};
+        QTest::newRow("three digits, nine fields")
+            << u"x[1234][ab][-9][1 2][1][5][6][1][9]"_s << MapFields{123, 0, -9, 12, 1, 5, 6, 1};
+        QTest::newRow("four") << u"[2][5][1][3]"_s << MapFields{2, 5, 1, 3, 0, 0, 0, 0};
     }
     void mapString()
     {
-        QFETCH(QStringList, f);
-        MapFields fields{};
-        for (int k = 0; k < 8; ++k)
-            fields[k] = qint16(f[1].section(u' ', k, k).toInt());
-        QCOMPARE(ReadMapFields(f[0]), fields);
-        QCOMPARE(ComposeMapFields(fields) == f[0], f.size() > 2);
+        QFETCH(QString, text);
+        QFETCH(MapFields, fields);
+        QCOMPARE(ReadMapFields(text), fields);
+        QCOMPARE(ComposeMapFields(fields) == text, !qstrcmp(QTest::currentDataTag(), "eight"));
     }
 
     void tallyFile_data()
     {
-        // bytes | fields, or the name shown for a path
-        addRows({
-            "[1]\r\n[2] | [1] [2]",
-            "[1],[2]\r\n | [1] [2]",
-            "  \"[1], x\"\r\n | [1], x",
-            "\r\n\r\n[1]\r\n\r\n | [1]",
-            "[1]\n[2]\r[3] | [1] [2] [3]",
-            " | ",
-            "\"[1]\r\n[2] | [1] [2]",
-            "[1]\r\n   | [1]",
-            "[1], \t | [1]",
-            "/home/op/a.qvr | a.qvr",
-            "C:\\T\\a.qvr | a.qvr",
-            "a.qvr | ",
-            "\\a.qvr | ",
-        });
+        QTest::addColumn<QString>("text"); // the file's bytes, or a path
+        QTest::addColumn<QString>("read"); // its fields joined by "|", or the name shown
+        QTest::newRow("quoted, stray quote")
+            << u"  \"[1], x\",[2]  \n\"[3]\r\r\n[4]"_s << u"[1], x|[2]|[3]|[4]"_s;
+        QTest::newRow("slash") << u"/home/op/a.qvr"_s << u"a.qvr"_s;
+        QTest::newRow("backslash") << u"C:\\T\\a.qvr"_s << u"a.qvr"_s;
+        QTest::newRow("at the root") << u"\\a.qvr"_s << u""_s;
         QTest::newRow("60 characters")
-            << QStringList{u"/t/"_s + QString(57, u'x') + u"abc"_s, QString(50, u'x')};
+            << u"/t/"_s + QString(57, u'x') + u".qvr"_s << QString(50, u'x');
     }
     void tallyFile()
     {
-        QFETCH(QStringList, f);
-        QCOMPARE(f[0].endsWith(u"qvr"_s) || f[0].startsWith(u"/t/"_s)
-                     ? TallyFile::ParseFilename(f[0])
-                     : TallyFile::fields(f[0].toLatin1()).join(u' '),
-                 f[1]);
+        QFETCH(QString, text);
+        QFETCH(QString, read);
+        QCOMPARE(text.endsWith(u".qvr"_s) ? TallyFile::ParseFilename(text)
+                                          : TallyFile::fields(text.toLatin1()).join(u'|'),
+                 read);
     }
 
     void description_data()
     {
-        // Kestrel.ini after its "[Kestrel]" line ("<none>": no file, "<dir>": a folder) | model
-        addRows({
-            "System=A\nCommPort=3\nEnabledUnits=3,1,2\nOutput 1=Camera 1,2,3\nOutput 2=Camera 1,2\n"
-            "Output 3=,2,3\nOutput 4=Cam,1 2,3,4\nOutput 5=Cam,&H10,2.5\nOutput 6=Cam,32768,1\n"
-            "Input 0=X,5,5\nInput 1=Kü,2,1\n | A P3 U3,1,2, O6[Camera 1/2/3][/0/0][/2/3][Cam/12/3]"
-            "[Cam/16/2][/0/0] I1[Unassigned/0/0][Kü/2/1]",
-            "System=A\nOutput 1=a,1,1\nOutput 2=b,1,2\nOutput 4=d,1,4\n | "
-            "A P1 U0, O2[a/1/1][b/1/2] I0[Unassigned/0/0]",
-            "system=A\nOutput1=a,1,1\n | A P1 U0, O0 I0[Unassigned/0/0]",
-            "System=A\nCommPort=COM3\n | A P1 U0, O0 I0[Unassigned/0/0]",
-            "System=A\nCommPort = 255 \n | A P255 U0, O0 I0[Unassigned/0/0]",
-            "System=A\nCommPort=256\n | A P1 U0, O0 I0[Unassigned/0/0]",
-            "System=A\nEnabledUnits= 4 ,5,\n | A P1 U4,5,0, O0 I0[Unassigned/0/0]",
-            "Output 1=a,1,1\n | unusable",
-            "System=\n | unusable",
-            "[Other]\nSystem=A\n | unusable",
-            "<none> | unusable",
-            "<dir> | unusable",
-        });
+        QTest::addColumn<QString>("ini");   // after its "[Kestrel]" line; "<dir>": a folder
+        QTest::addColumn<QString>("model"); // as describe() puts it
+        const auto row = [](const char *name, const QString &ini, const QString &model) {
+            QTest::newRow(name) << ini << model;
+        };
+        row("fields",
+            u"System=A\nCommPort=3\nEnabledUnits=3,1,2\nOutput 1=Camera "
+            u"1,2,3\nOutput "
+            u"2=Camera 1,2\nOutput 3=,2,3\nOutput 4=Cam,1 2,3,4\nOutput "
+            u"5=Cam,&H10,2.5\n"
+            u"Output 6=Cam,32768,1\nInput 0=X,5,5\nInput 1=Kü,2,1\n"_s,
+            u"A P3 U3,1,2, O6[Camera 1/2/3][/0/0][/2/3][Cam/12/3][Cam/16/2][/0/0] "
+            u"I1[Unassigned/0/0][Kü/2/1]"_s);
+        row("any case, no blank in Output1", u"system=A\nOutput1=a,1,1\n"_s,
+            u"A P1 U0, O0 I0[Unassigned/0/0]"_s);
+        row("port 255", u"System=A\nCommPort = 255 \n"_s, u"A P255 U0, O0 I0[Unassigned/0/0]"_s);
+        row("port 256", u"System=A\nCommPort=256\n"_s, u"A P1 U0, O0 I0[Unassigned/0/0]"_s);
+        row("no system", u"Output 1=a,1,1\n"_s, u"unusable"_s);
+        row("a folder", u"<dir>"_s, u"unusable"_s);
         const QString fifty = u"System=A\nEnabledUnits=0"_s + numbered(u",%1"_s, 1, 49);
-        QTest::newRow("50 units") << QStringList{fifty, u"A P1 U0,"_s + numbered(u"%1,"_s, 1, 49) +
-                                                            u" O0 I0[Unassigned/0/0]"_s};
-        QTest::newRow("51 units") << QStringList{fifty + u",50"_s,
-                                                 u"A P1 U O0 I0[Unassigned/0/0]"_s};
-        QTest::newRow("999 outputs")
-            << QStringList{u"System=A\n"_s + numbered(u"Output %1=E%1,1,2\n"_s, 1, 999),
-                           u"A P1 U0, O999[E1/1/2][E999/1/2] I0[Unassigned/0/0]"_s};
-        QTest::newRow("1000, 1001") << QStringList{
+        row("50 units", fifty,
+            u"A P1 U0,"_s + numbered(u"%1,"_s, 1, 49) + u" O0 I0[Unassigned/0/0]"_s);
+        row("51 units", fifty + u",50"_s, u"A P1 U O0 I0[Unassigned/0/0]"_s);
+        row("999 outputs", u"System=A\n"_s + numbered(u"Output %1=E%1,1,2\n"_s, 1, 999),
+            u"A P1 U0, O999[E1/1/2][E999/1/2] I0[Unassigned/0/0]"_s);
+        row("1000 outputs, 1001 inputs",
             u"System=A\n"_s + numbered(u"Output %1=E%1,1,2\n"_s, 1, 1000) +
                 numbered(u"Input %1=E%1,1,2\n"_s, 1, 1001),
-            u"A P1 U0, O999[E1/1/2][E999/1/2] I999[Unassigned/0/0][E999/1/2] W 1 output entries beyond Output 999 were not read.\r\n2 input entries beyond Input 999 were not read."_s};
+            u"A P1 U0, O999[E1/1/2][E999/1/2] I999[Unassigned/0/0][E999/1/2] W 1 "
+            u"output entries "
+            u"beyond Output 999 were not read.\r\n2 input entries beyond Input 999 were not read."_s);
     }
     void description()
     {
-        QFETCH(QStringList, f);
+        QFETCH(QString, ini);
+        QFETCH(QString, model);
         QTemporaryDir dir;
         QFile file(dir.filePath(u"Kestrel.ini"_s));
-        if (f[0] == u"<dir>"_s)
-            QDir(dir.path()).mkdir(u"Kestrel.ini"_s);
-        else if (f[0] != u"<none>"_s && file.open(QIODevice::WriteOnly))
-            file.write("[Kestrel]\r\n" + f[0].toLatin1());
+        QVERIFY(ini == u"<dir>"_s ? QDir(dir.path()).mkdir(u"Kestrel.ini"_s)
+                                  : file.open(QIODevice::WriteOnly) &&
+                                        file.write("[Kestrel]\r\n" + ini.toLatin1()) > 0);
         file.close();
         SystemModel m;
         m.NumberOfOutputs = 7; // an unusable file leaves the model as it was
         SystemDescription description(dir.path());
         const bool usable = description.IniRead(m);
-        QCOMPARE(usable ? describe(m, description.limitWarning()) : u"unusable"_s, f[1]);
+        QCOMPARE(usable ? describe(m, description.limitWarning()) : u"unusable"_s, model);
         QCOMPARE(m.NumberOfOutputs == 7, !usable);
     }
 };

@@ -6,7 +6,6 @@
 #include <QList>
 #include <QStringList>
 
-#include <deque>
 #include <functional>
 
 // A recording stand-in for the main window: keeps what the logic wrote, answers what it reads,
@@ -16,10 +15,9 @@ class FakeView : public MainView
 public:
     struct ControlState
     {
-        QString text, toolTip;
+        QString text;
         bool enabled = true, visible = true, checked = false;
         Colour back{}, fore{};
-        int heightTwips = 0, repaints = 0;
     };
     struct ListState
     {
@@ -27,53 +25,33 @@ public:
         QList<Colour> colours;
         int current = -1;
     };
-    struct Box
-    {
-        QString text, title;
-        MessageButtons buttons{};
-        MessageIcon icon{};
-        MessageResult defaultButton{};
-        // "title|text|buttons icon default", as one line to compare.
-        QString str() const
-        {
-            static const char *b[]{"Ok", "OkCancel", "YesNo"}, *i[]{"-", "info", "warn", "crit"},
-                *r[]{"Ok", "Cancel", "Yes", "No"};
-            return title + u'|' + text + u'|' + QLatin1StringView(b[int(buttons)]) + u' ' +
-                   QLatin1StringView(i[int(icon)]) + u' ' +
-                   QLatin1StringView(r[int(defaultButton)]);
-        }
-    };
-
     QHash<Control, ControlState> controls;
     QHash<Control, ListState> lists;
-    QHash<Window, bool> windows;
-    QList<Box> boxes;
-    std::deque<MessageResult> answers; // next answers to message boxes; none left: the default
-    std::deque<QString> files;         // next answers to file dialogs; none left: cancelled
-    QStringList dialogs;               // the titles of the file dialogs shown
+    QStringList boxes;            // "title|text|buttons icon default" of each message box shown
+    QList<MessageResult> answers; // next answers to message boxes; none left: the default
+    QStringList files;            // next answers to file dialogs; none left: cancelled
     Control focus = Control::List1;
     int beeps = 0;
     std::function<void()> onProcessEvents;
 
     ControlState &at(Control c) { return controls[c]; }
-    const ControlState at(Control c) const { return controls.value(c); }
     ListState &list(Control c) { return lists[c]; }
 
     void setText(Control c, const QString &t) override { at(c).text = t; }
-    QString text(Control c) const override { return at(c).text; }
-    void setToolTip(Control c, const QString &t) override { at(c).toolTip = t; }
+    QString text(Control c) const override { return controls.value(c).text; }
+    void setToolTip(Control, const QString &) override {}
     void setEnabled(Control c, bool e) override { at(c).enabled = e; }
-    bool isEnabled(Control c) const override { return at(c).enabled; }
+    bool isEnabled(Control c) const override { return controls.value(c).enabled; }
     void setVisible(Control c, bool v) override { at(c).visible = v; }
-    bool isVisible(Control c) const override { return at(c).visible; }
+    bool isVisible(Control c) const override { return controls.value(c).visible; }
     void setBackColour(Control c, Colour colour) override { at(c).back = colour; }
     void setForeColour(Control c, Colour colour) override { at(c).fore = colour; }
     void setChecked(Control c, bool v) override { at(c).checked = v; }
-    bool isChecked(Control c) const override { return at(c).checked; }
-    void setHeightTwips(Control c, int twips) override { at(c).heightTwips = twips; }
+    bool isChecked(Control c) const override { return controls.value(c).checked; }
+    void setHeightTwips(Control, int) override {}
     void setFocus(Control c) override { focus = c; }
     void selectAllText(Control) override {}
-    void repaintNow(Control c) override { ++at(c).repaints; }
+    void repaintNow(Control) override {}
 
     void setColumnWidths(Control, const QList<int> &) override {}
     void clearRows(Control l) override { list(l) = {}; }
@@ -101,29 +79,21 @@ public:
             list(l).current = r;
     }
 
-    void showWindow(Window w, bool shown) override { windows[w] = shown; }
-
+    void showWindow(Window, bool) override {}
     MessageResult messageBox(const QString &t, const QString &title, MessageButtons buttons,
                              MessageIcon icon, MessageResult defaultButton) override
     {
-        boxes << Box{t, title, buttons, icon, defaultButton};
-        const MessageResult r = answers.empty() ? defaultButton : answers.front();
-        if (!answers.empty())
-            answers.pop_front();
-        return r;
+        static const char *b[]{"Ok", "OkCancel", "YesNo"}, *i[]{"-", "info", "warn", "crit"},
+            *r[]{"Ok", "Cancel", "Yes", "No"};
+        boxes << title + u'|' + t + u'|' + QLatin1StringView(b[int(buttons)]) + u' ' +
+                     QLatin1StringView(i[int(icon)]) + u' ' +
+                     QLatin1StringView(r[int(defaultButton)]);
+        return answers.isEmpty() ? defaultButton : answers.takeFirst();
     }
-    QString chooseFile(FileDialog, const QString &title, const QString &) override
+    QString chooseFile(FileDialog, const QString &, const QString &) override
     {
-        dialogs << title;
-        const QString f = files.empty() ? QString() : files.front();
-        if (!files.empty())
-            files.pop_front();
-        return f;
+        return files.isEmpty() ? QString() : files.takeFirst();
     }
-    void processEvents() override
-    {
-        if (onProcessEvents)
-            onProcessEvents();
-    }
+    void processEvents() override { onProcessEvents ? onProcessEvents() : void(); }
     void beep() override { ++beeps; }
 };

@@ -17,7 +17,7 @@
 // The configurator's logic put together as the main window does, on a scripted port (and its
 // fake clock) and fake views. Outputs are at unit 1 channels 1..outputs, inputs at unit 2
 // channels 1..inputs. The tally system answers every line "OK", "VER" with "MAINV3", and
-// "RawMap k" with table[k - 1]: an empty line past the table, or silence if silentEnd.
+// "RawMap k" with table[k - 1], an empty line past the table.
 struct LinkRig
 {
     explicit LinkRig(int outputs = 4, int inputs = 6)
@@ -36,8 +36,6 @@ struct LinkRig
         model.KestrelCommport = 1;
         port.responder = [this](const QByteArray &c) -> std::optional<ScriptedPort::Reply> {
             const qsizetype k = c.startsWith("RawMap ") ? c.mid(7).toInt() : 0;
-            if (k > table.size() && silentEnd)
-                return std::nullopt;
             return ScriptedPort::answer(c, k            ? table.value(k - 1)
                                            : c == "VER" ? "MAINV3"
                                                         : QByteArray("OK"));
@@ -58,7 +56,6 @@ struct LinkRig
     QString sent() const { return QString::fromLatin1(port.commands.join('|')); }
 
     QList<QByteArray> table;
-    bool silentEnd = false;
     SystemModel model;
     FakeView view;
     ScriptedPort port;

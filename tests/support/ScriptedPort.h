@@ -10,8 +10,8 @@
 
 #include <algorithm>
 #include <chrono>
-#include <deque>
 #include <functional>
+#include <map>
 #include <optional>
 
 // An in-memory serial port for tests. It records every byte written, answers each command
@@ -20,8 +20,6 @@
 class ScriptedPort : public SerialPort
 {
 public:
-    using TimePoint = std::chrono::steady_clock::time_point;
-
     // Bytes that arrive `after` the command line was written; a reply is chunks in time order,
     // none at all is silence.
     struct Chunk
@@ -32,39 +30,28 @@ public:
     using Reply = QList<Chunk>;
 
     static Reply bytes(const QByteArray &b) { return {Chunk{Duration::zero(), b}}; }
-    static Reply silence() { return {}; }
     // As the tally system answers: the command echoed, CR LF, the reply line, CR LF, ".".
     static Reply answer(const QByteArray &command, const QByteArray &line)
     {
         return bytes(command + "\r\n" + line + "\r\n.");
     }
-
     // Replies used in order for each line equal to `command`, before the responder.
-    void script(const QByteArray &command, const Reply &reply)
-    {
-        m_scripts[command].push_back(reply);
-    }
+    void script(const QByteArray &command, const Reply &reply) { m_scripts[command] << reply; }
     // Answers the other lines; nullopt is silence.
     std::function<std::optional<Reply>(const QByteArray &command)> responder;
     // Runs as soon as a whole command line has been written, in the middle of its exchange.
     std::function<void(const QByteArray &command)> onCommand;
 
     QByteArray written;         // every byte, in order
-    QList<QByteArray> writes;   // one entry per PortWrite
     QList<QByteArray> commands; // complete lines, CR LF taken off
-
-    TimePoint now = TimePoint{} + std::chrono::hours(23) + std::chrono::minutes(59);
-    QList<std::chrono::milliseconds> pauses;
+    std::chrono::steady_clock::time_point now{std::chrono::hours(24) - std::chrono::minutes(1)};
     MonotonicClock clock()
     {
         return [this] { return now; };
     }
     Pause pause()
     {
-        return [this](std::chrono::milliseconds t) {
-            pauses << t;
-            now += t;
-        };
+        return [this](std::chrono::milliseconds t) { now += t; };
     }
 
     void PortSetNumber(int) override {}
@@ -74,21 +61,19 @@ public:
     void PortWrite(const QByteArray &b) override
     {
         written += b;
-        writes << b;
         m_line += b;
-        for (qsizetype end = m_line.indexOf("\r\n"); end >= 0; end = m_line.indexOf("\r\n")) {
+        for (qsizetype end; (end = m_line.indexOf("\r\n")) >= 0;) {
             const QByteArray command = m_line.left(end);
             m_line.remove(0, end + 2);
             commands << command;
             if (onCommand)
                 onCommand(command);
-            for (const Chunk &c : replyTo(command)) {
-                const auto at = now + c.after;
-                m_incoming.insert(
-                    std::upper_bound(m_incoming.begin(), m_incoming.end(), at,
-                                     [](auto t, const auto &e) { return t < e.first; }),
-                    {at, c.bytes});
-            }
+            QList<Reply> &scripted = m_scripts[command];
+            const Reply reply = !scripted.isEmpty() ? scripted.takeFirst()
+                                : responder         ? responder(command).value_or(Reply())
+                                                    : Reply();
+            for (const Chunk &c : reply)
+                m_incoming.emplace(now + c.after, c.bytes); // after earlier ones of that time
         }
     }
     qint64 PortInCount() override { return release().size(); }
@@ -101,38 +86,29 @@ public:
     bool PortWaitForData(Duration limit) override
     {
         if (release().isEmpty()) {
-            const bool due = !m_incoming.empty() && m_incoming.front().first <= now + limit;
-            now = due ? std::max(now, m_incoming.front().first) : now + limit;
+            const bool due = !m_incoming.empty() && m_incoming.begin()->first <= now + limit;
+            now = due ? std::max(now, m_incoming.begin()->first) : now + limit;
         }
         return !release().isEmpty();
     }
     void setPortDataReceived(std::function<void()> handler) override { m_received = handler; }
 
 private:
-    Reply replyTo(const QByteArray &command)
-    {
-        if (auto it = m_scripts.find(command); it != m_scripts.end() && !it->empty()) {
-            const Reply r = it->front();
-            it->pop_front();
-            return r;
-        }
-        return responder ? responder(command).value_or(silence()) : silence();
-    }
     // Moves what is due into the input queue. Like a real port, the notification is posted to
     // the event loop and so runs after the exchange.
     QByteArray &release()
     {
-        if (m_incoming.empty() || m_incoming.front().first > now)
+        if (m_incoming.empty() || m_incoming.begin()->first > now)
             return m_queue;
-        for (; !m_incoming.empty() && m_incoming.front().first <= now; m_incoming.pop_front())
-            m_queue += m_incoming.front().second;
+        for (; !m_incoming.empty() && m_incoming.begin()->first <= now;)
+            m_queue += m_incoming.extract(m_incoming.begin()).mapped();
         QMetaObject::invokeMethod(
             &m_context, [this] { m_received ? m_received() : void(); }, Qt::QueuedConnection);
         return m_queue;
     }
 
-    QHash<QByteArray, std::deque<Reply>> m_scripts;
-    std::deque<std::pair<TimePoint, QByteArray>> m_incoming;
+    QHash<QByteArray, QList<Reply>> m_scripts;
+    std::multimap<std::chrono::steady_clock::time_point, QByteArray> m_incoming;
     QByteArray m_queue, m_line;
     std::function<void()> m_received;
     QObject m_context; // queued notifications die with the port
