@@ -12,6 +12,8 @@
 #include <QKeyEvent>
 #include <QLineEdit>
 
+#include <utility>
+
 Configurator::Configurator(SystemModel &model, MainWindow &window, SerialPort &port,
                            MonotonicClock clock, Pause pause)
     : m_model(model), m_window(window), m_port(port),
@@ -57,13 +59,17 @@ void Configurator::wire()
     TallyList *outputs = m_window.list(Control::List1);
     connect(outputs, &TallyList::rowClicked, this, [this] { m_selection.List1_Click(); });
     connect(outputs, &TallyList::keyDown, this, [this](QKeyEvent *e, bool *handled) {
-        m_spaceHeld = m_spaceHeld || e->key() == Qt::Key_Space;
+        if (e->key() == Qt::Key_Space && !m_spaceOutput)
+            m_spaceOutput = m_window.currentRow(Control::List1) + 1;
         *handled = m_selection.List1_KeyDown(e->key(), e->modifiers());
     });
     connect(outputs, &TallyList::keyUp, this, [this](QKeyEvent *e) {
-        if (e->key() == Qt::Key_Space && !e->isAutoRepeat())
-            m_spaceHeld = false;
-        m_selection.List1_KeyUp(e->key(), e->isAutoRepeat());
+        // The desktop repeats a held key as release and press pairs: only the real release
+        // ends the test.
+        if (e->key() != Qt::Key_Space)
+            m_selection.List1_KeyUp(e->key(), e->isAutoRepeat());
+        else if (!e->isAutoRepeat())
+            endHeldTest(std::exchange(m_spaceOutput, 0));
     });
     // The read-out always names the selected output, however the selection moved.
     connect(outputs, &TallyList::currentRowChanged, this, [this] { m_selection.GetOutChannel(); });
@@ -117,10 +123,8 @@ bool Configurator::eventFilter(QObject *watched, QEvent *event)
     if (watched == m_window.control(Control::List1)) {
         // Space held while the list loses the focus: its release goes elsewhere, so the test
         // ends here.
-        if (type == QEvent::FocusOut && m_spaceHeld) {
-            m_spaceHeld = false;
-            m_selection.List1_KeyUp(Qt::Key_Space, false);
-        }
+        if (type == QEvent::FocusOut && m_spaceOutput)
+            endHeldTest(std::exchange(m_spaceOutput, 0));
         return false;
     }
 
@@ -139,10 +143,11 @@ bool Configurator::eventFilter(QObject *watched, QEvent *event)
         // Lit while any mouse button holds the button down. The second press of a double click
         // comes as a double-click event, and is a press all the same.
         if (press) {
+            m_pressOutput = outputUnderCursor;
             m_test.TestOn(outputUnderCursor);
             m_window.setFocus(Control::List1);
         } else if (type == QEvent::MouseButtonRelease) {
-            m_test.TestOff(outputUnderCursor);
+            endHeldTest(std::exchange(m_pressOutput, 0));
         }
         return false;
     }
@@ -170,6 +175,21 @@ bool Configurator::eventFilter(QObject *watched, QEvent *event)
         }
     }
     return false;
+}
+
+void Configurator::endHeldTest(int output)
+{
+    // The selection may have moved while the button or key was held: the release still ends
+    // the test it started, addressed as the read-out names that output.
+    const int selected = m_window.currentRow(Control::List1) + 1;
+    if (output < 1 || output > m_model.NumberOfOutputs || output == selected) {
+        m_test.TestOff(selected);
+        return;
+    }
+    m_window.setText(Control::lblOutUnit, QString::number(m_model.OutputUnit[output]));
+    m_window.setText(Control::lblOutChannel, QString::number(m_model.OutputChannel[output]));
+    m_test.TestOff(output);
+    m_selection.GetOutChannel(); // the read-out names the selected output again
 }
 
 void Configurator::tellIfReadBackCut()

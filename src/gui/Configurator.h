@@ -59,6 +59,8 @@ protected:
 
 private:
     void wire();
+    // The release of a press-and-hold test: TestOff for the output it started on.
+    void endHeldTest(int output);
     // The read-back stopped at its last row: the operator is told so where it stays in view.
     void tellIfReadBackCut();
 
@@ -82,5 +84,8 @@ private:
     AdvancedWindow m_advancedWindow;
     UnitStatus m_unitStatus;
     AdvancedConsole m_advanced;
-    bool m_spaceHeld = false; // Space went down in the output list and is not up yet
+    // The outputs whose tests Space in the output list and a press on "Test" started, until
+    // their release (0: none held).
+    int m_spaceOutput = 0;
+    int m_pressOutput = 0;
 };

@@ -201,32 +201,41 @@ private slots:
     void testThatStartsAlwaysEnds_data()
     {
         QTest::addColumn<QString>("name");
-        QTest::addColumn<int>("button"); // none: Space held in the output list
-        QTest::newRow("Test, right") << u"cmdTest"_s << int(Qt::RightButton);
-        QTest::newRow("Test, middle") << u"cmdTest"_s << int(Qt::MiddleButton);
-        QTest::newRow("Map Tally, right") << u"cmdMapIt"_s << int(Qt::RightButton);
-        QTest::newRow("Space, focus moves on") << u"List1"_s << int(Qt::NoButton);
+        QTest::addColumn<int>("button");    // none: Space held in the output list
+        QTest::addColumn<int>("meanwhile"); // 1: the focus moves on, 2: Down in the list
+        QTest::newRow("Test, right") << u"cmdTest"_s << int(Qt::RightButton) << 0;
+        QTest::newRow("Test, middle") << u"cmdTest"_s << int(Qt::MiddleButton) << 0;
+        QTest::newRow("Map Tally, right") << u"cmdMapIt"_s << int(Qt::RightButton) << 0;
+        QTest::newRow("Test, Down") << u"cmdTest"_s << int(Qt::LeftButton) << 2;
+        QTest::newRow("Space, focus moves on") << u"List1"_s << int(Qt::NoButton) << 1;
+        QTest::newRow("Space, Down") << u"List1"_s << int(Qt::NoButton) << 2;
     }
     void testThatStartsAlwaysEnds()
     {
         QFETCH(QString, name);
         QFETCH(int, button);
+        QFETCH(int, meanwhile);
         Rig r;
         Watch watch; // on the background, whose presses move the window
         r.window->installEventFilter(&watch);
         auto *w = r.window->findChild<QWidget *>(name);
-        if (button == Qt::NoButton) {
+        if (button == Qt::NoButton)
             QTest::keyPress(w, Qt::Key_Space);
-            QVERIFY(r.model.OutputTestOn[1]);
-            r.window->setFocus(Control::txtInput);
-            QTest::keyRelease(QApplication::focusWidget(), Qt::Key_Space);
-        } else {
+        else
             QTest::mousePress(w, Qt::MouseButton(button));
-            QCOMPARE(r.model.OutputTestOn[1], name == u"cmdTest"_s);
+        QCOMPARE(r.model.OutputTestOn[1], name != u"cmdMapIt"_s);
+        if (meanwhile == 1)
+            r.window->setFocus(Control::txtInput);
+        if (meanwhile == 2)
+            QTest::keyClick(r.window->list(Control::List1), Qt::Key_Down);
+        if (button == Qt::NoButton)
+            QTest::keyRelease(QApplication::focusWidget(), Qt::Key_Space);
+        else
             QTest::mouseRelease(w, Qt::MouseButton(button));
-        }
         QCOMPARE(watch.presses, 0);
         QVERIFY(!r.model.OutputTestOn[1]);
+        QVERIFY(name == u"cmdMapIt"_s || r.port.commands.endsWith("MapEnab 1  1"));
+        QCOMPARE(r.window->text(Control::lblOutChannel), meanwhile == 2 ? u"2"_s : u"1"_s);
     }
 
     void fileDialogHandsTypedNamesOn_data()
