@@ -19,6 +19,9 @@
 #include <QWindow>
 
 #include <cstdlib>
+#include <optional>
+
+using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -60,13 +63,109 @@ public:
     }
 };
 
-QFont arialBold(double points)
+// A control's face: family, size in points and weight. No family: the window's own.
+struct Face
 {
-    QFont f(QStringLiteral("Arial"), 9);
-    f.setPointSizeF(points);
-    f.setBold(true);
+    const char *family = nullptr;
+    double points = 0;
+    bool bold = false;
+};
+constexpr Face Bold6_5{"Arial", 6.5, true};
+constexpr Face Bold7{"Arial", 7, true};
+constexpr Face Bold8{"Arial", 8, true};
+constexpr Face Bold9{"Arial", 9, true};
+constexpr Face Bold9_75{"Arial", 9.75, true};
+constexpr Face Sans9_75{"Liberation Sans", 9.75, false};
+constexpr Face Inherited{};
+
+QFont fontOf(const Face &face)
+{
+    QFont f(QString::fromLatin1(face.family), 9);
+    f.setPointSizeF(face.points);
+    f.setBold(face.bold);
     return f;
 }
+
+enum class Kind {
+    Label,       // transparent caption, white text
+    ValueBox,    // sunken read-out box, black on lavender
+    OutputList,  // four columns, cyan on the window's blue
+    InputList,   // two columns, cyan on the window's blue
+    SecondList,  // two columns, black on light blue
+    Entry,       // the input number entry: white on the window's blue, three characters
+    Button,      // in the tab order, with an opaque face for its back colour
+    Check,       // in the tab order, with an opaque face so black and red captions read
+    Lamp,        // round indicator
+    FrameButton, // minimise and close: never take the focus
+};
+
+// One control of the panel: what the view calls it, its kind, its name, caption, place and
+// size in twips (left, top, width, height), face, index in its control array (-1: none) and
+// whether it shows at start. In the order they are made, which is also their stacking order.
+struct ControlRow
+{
+    std::optional<Control> control; // none: a heading the logic never touches
+    Kind kind;
+    const char *name;
+    const char *caption;
+    QRect twips;
+    Face face;
+    int index;
+    bool shown;
+};
+
+// clang-format off
+const ControlRow Panel[] = {
+    // Headings, and the progress text that takes the outputs heading's place during downloads.
+    {Control::lblTallyOutputs,    Kind::Label,       "lblTallyOutputs",    "Tally Outputs", {1245, 1680, 1635,  375}, Bold9,     -1, true},
+    {Control::lblDownloading,     Kind::Label,       "lblDownloading",     "Download",      {1425, 1665, 2115,  345}, Bold9,     -1, false},
+    {std::nullopt,                Kind::Label,       "Label10",            "Mapping",       {3300, 1680,  945,  315}, Bold9,     -1, true},
+    {std::nullopt,                Kind::Label,       "Label3",             "Tally Inputs",  {5130, 1665, 1365,  285}, Bold9,      1, true},
+    // The lists; the second input list and the boolean buttons show in boolean layout only.
+    {Control::List1,              Kind::OutputList,  "List1",              "",              {1050, 1980, 3690, 4095}, Bold9_75,  -1, true},
+    {Control::list2,              Kind::InputList,   "list2",              "",              {4830, 1980, 3210, 4110}, Bold9_75,  -1, true},
+    {Control::list3,              Kind::SecondList,  "list3",              "",              {4830, 4380, 3210, 1710}, Bold9_75,  -1, false},
+    {Control::cmdBoolAnd,         Kind::Button,      "cmdBool",            "AND",           {5610, 4020,  795,  285}, Bold8,      0, false},
+    {Control::cmdBoolOr,          Kind::Button,      "cmdBool",            "OR",            {6480, 4020,  795,  285}, Bold8,      1, false},
+    // Keyboard entry of an input number, beside the map button.
+    {Control::txtInput,           Kind::Entry,       "txtInput",           "0",             {6480, 1590,  585,  330}, Sans9_75,  -1, true},
+    {Control::cmdMapIt,           Kind::Button,      "cmdMapIt",           "Map Tally",     {7140, 1590,  945,  315}, Bold8,     -1, true},
+    {Control::cmdOnline,          Kind::Button,      "cmdOnline",          "OFFLINE",       {4080, 1230, 1095,  315}, Bold8,     -1, true},
+    // Selection read-out; its captions are narrow, and a smaller face keeps them whole.
+    {std::nullopt,                Kind::Label,       "Label6",             "Output Unit",   {2595, 6240,  870,  285}, Bold7,     -1, true},
+    {Control::lblOutUnit,         Kind::ValueBox,    "lblOutUnit",         "0",             {3585, 6210,  420,  285}, Bold9,     -1, true},
+    {std::nullopt,                Kind::Label,       "Label8",             "Ch",            {4095, 6240,  375,  315}, Bold9,     -1, true},
+    {Control::lblOutChannel,      Kind::ValueBox,    "lblOutChannel",      "0",             {4365, 6210,  375,  285}, Bold9,     -1, true},
+    {std::nullopt,                Kind::Label,       "Label7",             "Input Unit",    {5925, 6240,  870,  285}, Bold7,     -1, true},
+    {Control::lblInUnit,          Kind::ValueBox,    "lblInUnit",          "0",             {6900, 6210,  420,  285}, Bold9,     -1, true},
+    {std::nullopt,                Kind::Label,       "Label9",             "Ch",            {7425, 6240,  375,  285}, Bold9,     -1, true},
+    {Control::lblInChannel,       Kind::ValueBox,    "lblInChannel",       "0",             {7680, 6210,  375,  285}, Bold9,     -1, true},
+    {Control::cmdTest,            Kind::Button,      "cmdTest",            "Test",          {1050, 6210,  615,  285}, Bold8,     -1, true},
+    {Control::chkTest,            Kind::Check,       "chkTest",            "Latch",         {1680, 6210,  615,  285}, Bold6_5,   -1, true},
+    {Control::lblError,           Kind::Label,       "lblError",           "ERROR MESSAGE", {5760, 6615, 2355,  285}, Bold9,     -1, true},
+    {Control::lblFileName,        Kind::Label,       "lblFileName",        "File",          {5850, 6915, 2220,  285}, Bold8,     -1, true},
+    {Control::Check1,             Kind::Check,       "Check1",             "Unit Status",   {1050, 6750, 1245,  285}, Bold8,     -1, true},
+    {Control::Check3,             Kind::Check,       "Check3",             "Boolean",       {1050, 7080, 1245,  285}, Bold8,     -1, true},
+    {Control::Check2,             Kind::Check,       "Check2",             "Advanced",      {1050, 7410, 1245,  285}, Bold8,     -1, true},
+    {Control::cmdCancelDownload,  Kind::Button,      "cmdCancelDownload",  "Cancel",        {4035, 6750,  930,  285}, Bold8,     -1, false},
+    {Control::cmdRefresh,         Kind::Button,      "cmdRefresh",         "Refresh",       {4035, 7080,  930,  285}, Bold8,     -1, true},
+    {Control::cmdInit,            Kind::Button,      "cmdInit",            "Clear All",     {4035, 7410,  930,  285}, Bold8,     -1, true},
+    {Control::cmdLoadMatrix,      Kind::Button,      "cmdLoadMatrix",      "Load",          {6000, 7170,  930,  285}, Bold8,     -1, true},
+    {Control::cmdSaveMatrix,      Kind::Button,      "cmdSaveMatrix",      "Save",          {6960, 7170,  930,  285}, Bold8,     -1, true},
+    {Control::cmdPartLoadMatrix,  Kind::Button,      "cmdPartLoadMatrix",  "Partial Load",  {6000, 7500, 1890,  245}, Bold8,     -1, true},
+    // Labels without text that carry the version tool tips.
+    {Control::lblMainVersionInfo, Kind::Label,       "lblMainVersionInfo", "",              {3120,  720, 3495,  255}, Bold9,     -1, true},
+    {Control::lblVersionInfo,     Kind::Label,       "lblVersionInfo",     "",              {1575, 7920, 4575,  375}, Bold9,     -1, true},
+    // Transmit and receive lamps.
+    {std::nullopt,                Kind::Label,       "Label1",             "TX",            { 855, 1095,  360,  180}, Bold6_5,   -1, true},
+    {std::nullopt,                Kind::Label,       "Label4",             "RX",            {7845, 1110,  345,  180}, Bold6_5,   -1, true},
+    {Control::Shape1,             Kind::Lamp,        "Shape1",             "",              { 945,  795,  195,  150}, Inherited, -1, true},
+    {Control::Shape2,             Kind::Lamp,        "Shape2",             "",              {7905,  810,  210,  150}, Inherited, -1, true},
+    // Frame buttons: the window has no title bar of its own.
+    {std::nullopt,                Kind::FrameButton, "cmdMin",             "_",             {7080,  750,  300,  300}, Bold8,     -1, true},
+    {std::nullopt,                Kind::FrameButton, "cmdClose",           "X",             {7440,  750,  300,  300}, Bold8,     -1, true},
+};
+// clang-format on
 
 void setPaletteColour(QWidget *w, QPalette::ColorRole role, const QColor &c)
 {
@@ -85,6 +184,62 @@ void setCaptionColour(QWidget *w, QPalette::ColorRole role, const QColor &c)
     w->setPalette(p);
 }
 
+// A control of the given kind on the panel, with the look its kind has in common.
+QWidget *make(const ControlRow &row, QWidget *panel)
+{
+    const QString caption = QString::fromLatin1(row.caption);
+    const QColor ground(82, 82, 169);
+    const QColor cyan(0, 255, 255);
+    switch (row.kind) {
+    case Kind::Label:
+    case Kind::ValueBox: {
+        auto *l = new Caption(caption, panel);
+        setPaletteColour(l, QPalette::WindowText, Qt::white);
+        if (row.kind == Kind::ValueBox) {
+            l->setAlignment(Qt::AlignCenter);
+            l->setAutoFillBackground(true);
+            l->setFrameShape(QFrame::Panel);
+            l->setFrameShadow(QFrame::Sunken);
+            setPaletteColour(l, QPalette::Window, QColor(230, 230, 250));
+            setPaletteColour(l, QPalette::WindowText, Qt::black);
+        }
+        return l;
+    }
+    case Kind::OutputList:
+        return new TallyList(4, cyan, ground, panel);
+    case Kind::InputList:
+        return new TallyList(2, cyan, ground, panel);
+    case Kind::SecondList:
+        return new TallyList(2, Qt::black, QColor(128, 128, 255), panel);
+    case Kind::Entry: {
+        auto *e = new QLineEdit(caption, panel);
+        e->setMaxLength(3);
+        e->setAlignment(Qt::AlignCenter);
+        setPaletteColour(e, QPalette::Base, ground);
+        setCaptionColour(e, QPalette::Text, Qt::white);
+        return e;
+    }
+    case Kind::Button:
+    case Kind::FrameButton: {
+        auto *b = new QPushButton(caption, panel);
+        b->setFocusPolicy(row.kind == Kind::Button ? Qt::TabFocus : Qt::NoFocus);
+        b->setAutoFillBackground(row.kind == Kind::Button);
+        return b;
+    }
+    case Kind::Check: {
+        auto *b = new QCheckBox(caption, panel);
+        b->setFocusPolicy(Qt::TabFocus);
+        b->setAutoFillBackground(true);
+        setPaletteColour(b, QPalette::Window, panel->palette().color(QPalette::Button));
+        setCaptionColour(b, QPalette::WindowText, Qt::black);
+        return b;
+    }
+    case Kind::Lamp:
+        return new Lamp(panel);
+    }
+    return nullptr;
+}
+
 } // namespace
 
 MainWindow::MainWindow(Dialogs &dialogs, QWidget *parent)
@@ -99,16 +254,6 @@ MainWindow::MainWindow(Dialogs &dialogs, QWidget *parent)
 
 MainWindow::~MainWindow() = default;
 
-QLabel *MainWindow::label(const QString &name, const QString &text, QRect geometry)
-{
-    auto *l = new Caption(text, this);
-    l->setObjectName(name);
-    l->setGeometry(geometry);
-    l->setFont(arialBold(9));
-    setPaletteColour(l, QPalette::WindowText, Qt::white);
-    return l;
-}
-
 void MainWindow::build()
 {
     const Twips t = Twips::forWidget(this);
@@ -119,197 +264,41 @@ void MainWindow::build()
     m_artwork = PanelArtwork::draw(WindowOutline::polygon(1, 1, 0, 0, t.pixelsPerDesignUnit()),
                                    devicePixelRatioF());
 
-    auto add = [this](Control c, QWidget *w) { m_controls.insert(c, w); };
-    auto button = [&](Control c, const QString &name, const QString &caption, QRect g) {
-        auto *b = new QPushButton(caption, this);
-        b->setObjectName(name);
-        b->setGeometry(g);
-        b->setFocusPolicy(Qt::TabFocus);
-        b->setFont(arialBold(8));
-        b->setAutoFillBackground(true);
-        add(c, b);
-        return b;
-    };
-    auto check = [&](Control c, const QString &name, const QString &caption, QRect g) {
-        auto *b = new QCheckBox(caption, this);
-        b->setObjectName(name);
-        b->setGeometry(g);
-        b->setFocusPolicy(Qt::TabFocus);
-        b->setFont(arialBold(8));
-        b->setAutoFillBackground(true); // an opaque face, so black and red captions read
-        setPaletteColour(b, QPalette::Window, palette().color(QPalette::Button));
-        setCaptionColour(b, QPalette::WindowText, Qt::black);
-        add(c, b);
-        return b;
-    };
-    auto valueBox = [&](Control c, const QString &name, QRect g) {
-        QLabel *l = label(name, QStringLiteral("0"), g);
-        l->setAlignment(Qt::AlignCenter);
-        l->setAutoFillBackground(true);
-        l->setFrameShape(QFrame::Panel);
-        l->setFrameShadow(QFrame::Sunken);
-        setPaletteColour(l, QPalette::Window, QColor(230, 230, 250));
-        setPaletteColour(l, QPalette::WindowText, Qt::black);
-        add(c, l);
-    };
+    QHash<QString, QWidget *> named; // the last of each name, for what only one control has
+    for (const ControlRow &row : Panel) {
+        QWidget *w = make(row, this);
+        w->setObjectName(QString::fromLatin1(row.name));
+        w->setGeometry(t.rect(row.twips.x(), row.twips.y(), row.twips.width(), row.twips.height()));
+        if (row.face.family)
+            w->setFont(fontOf(row.face));
+        if (row.index >= 0)
+            w->setProperty("index", row.index);
+        if (!row.shown)
+            w->hide();
+        if (row.control)
+            m_controls.insert(*row.control, w);
+        named.insert(w->objectName(), w);
+    }
 
-    // Headings and the progress text that takes the outputs heading's place during downloads.
-    add(Control::lblTallyOutputs,
-        label(QStringLiteral("lblTallyOutputs"), QStringLiteral("Tally Outputs"),
-              t.rect(1245, 1680, 1635, 375)));
-    QLabel *downloading = label(QStringLiteral("lblDownloading"), QStringLiteral("Download"),
-                                t.rect(1425, 1665, 2115, 345));
-    setPaletteColour(downloading, QPalette::WindowText, QColor(192, 192, 255));
-    downloading->hide();
-    add(Control::lblDownloading, downloading);
-    label(QStringLiteral("Label10"), QStringLiteral("Mapping"), t.rect(3300, 1680, 945, 315));
-    QLabel *inputsHeading = label(QStringLiteral("Label3"), QStringLiteral("Tally Inputs"),
-                                  t.rect(5130, 1665, 1365, 285));
-    inputsHeading->setProperty("index", 1);
-
-    // The lists.
-    const QColor cyan(0, 255, 255);
-    const QColor ground(82, 82, 169);
-    auto makeList = [&](Control c, const QString &name, int columns, const QColor &text,
-                        const QColor &background, QRect g) {
-        auto *l = new TallyList(columns, text, background, this);
-        l->setObjectName(name);
-        l->setGeometry(g);
-        l->setFont(arialBold(9.75));
-        add(c, l);
-        return l;
-    };
-    TallyList *outputs = makeList(Control::List1, QStringLiteral("List1"), 4, cyan, ground,
-                                  t.rect(1050, 1980, 3690, 4095));
-    outputs->setFocusPolicy(Qt::StrongFocus);
-    makeList(Control::list2, QStringLiteral("list2"), 2, cyan, ground,
-             t.rect(4830, 1980, 3210, 4110));
-    TallyList *second = makeList(Control::list3, QStringLiteral("list3"), 2, Qt::black,
-                                 QColor(128, 128, 255), t.rect(4830, 4380, 3210, 1710));
-    second->setToolTip(QStringLiteral("Select Seconday boolean parameter"));
-    second->hide();
-
-    QPushButton *andButton = button(Control::cmdBoolAnd, QStringLiteral("cmdBool"),
-                                    QStringLiteral("AND"), t.rect(5610, 4020, 795, 285));
-    andButton->setProperty("index", 0);
-    andButton->hide();
-    QPushButton *orButton = button(Control::cmdBoolOr, QStringLiteral("cmdBool"),
-                                   QStringLiteral("OR"), t.rect(6480, 4020, 795, 285));
-    orButton->setProperty("index", 1);
-    orButton->hide();
-
-    // Keyboard entry of an input number, beside the map button.
-    auto *entry = new QLineEdit(QStringLiteral("0"), this);
-    entry->setObjectName(QStringLiteral("txtInput"));
-    entry->setGeometry(t.rect(6480, 1590, 585, 330));
-    entry->setMaxLength(3);
-    entry->setAlignment(Qt::AlignCenter);
-    QFont entryFont(QStringLiteral("Liberation Sans"));
-    entryFont.setPointSizeF(9.75);
-    entry->setFont(entryFont);
-    setPaletteColour(entry, QPalette::Base, ground);
-    setCaptionColour(entry, QPalette::Text, Qt::white);
-    add(Control::txtInput, entry);
-
-    button(Control::cmdMapIt, QStringLiteral("cmdMapIt"), QStringLiteral("Map Tally"),
-           t.rect(7140, 1590, 945, 315));
-    QPushButton *online = button(Control::cmdOnline, QStringLiteral("cmdOnline"),
-                                 QStringLiteral("OFFLINE"), t.rect(4080, 1230, 1095, 315));
-    setPaletteColour(online, QPalette::Button, QColor(255, 128, 128));
-
-    // Selection read-out.
-    // The read-out captions are narrow: a smaller face keeps them whole.
-    label(QStringLiteral("Label6"), QStringLiteral("Output Unit"), t.rect(2595, 6240, 870, 285))
-        ->setFont(arialBold(7));
-    valueBox(Control::lblOutUnit, QStringLiteral("lblOutUnit"), t.rect(3585, 6210, 420, 285));
-    label(QStringLiteral("Label8"), QStringLiteral("Ch"), t.rect(4095, 6240, 375, 315));
-    valueBox(Control::lblOutChannel, QStringLiteral("lblOutChannel"), t.rect(4365, 6210, 375, 285));
-    label(QStringLiteral("Label7"), QStringLiteral("Input Unit"), t.rect(5925, 6240, 870, 285))
-        ->setFont(arialBold(7));
-    valueBox(Control::lblInUnit, QStringLiteral("lblInUnit"), t.rect(6900, 6210, 420, 285));
-    label(QStringLiteral("Label9"), QStringLiteral("Ch"), t.rect(7425, 6240, 375, 285));
-    valueBox(Control::lblInChannel, QStringLiteral("lblInChannel"), t.rect(7680, 6210, 375, 285));
-
-    button(Control::cmdTest, QStringLiteral("cmdTest"), QStringLiteral("Test"),
-           t.rect(1050, 6210, 615, 285));
-    check(Control::chkTest, QStringLiteral("chkTest"), QStringLiteral("Latch"),
-          t.rect(1680, 6210, 615, 285))
-        ->setFont(arialBold(6.5));
-
-    QLabel *error = label(QStringLiteral("lblError"), QStringLiteral("ERROR MESSAGE"),
-                          t.rect(5760, 6615, 2355, 285));
+    setPaletteColour(named[u"lblDownloading"_s], QPalette::WindowText, QColor(192, 192, 255));
+    named[u"List1"_s]->setFocusPolicy(Qt::StrongFocus);
+    named[u"list3"_s]->setToolTip(u"Select Seconday boolean parameter"_s);
+    setPaletteColour(named[u"cmdOnline"_s], QPalette::Button, QColor(255, 128, 128));
+    auto *error = static_cast<Caption *>(named[u"lblError"_s]);
     setPaletteColour(error, QPalette::WindowText, Qt::yellow);
-    connect(static_cast<Caption *>(error), &Caption::clicked, error, &QLabel::clear);
-    add(Control::lblError, error);
-    QLabel *fileName =
-        label(QStringLiteral("lblFileName"), QStringLiteral("File"), t.rect(5850, 6915, 2220, 285));
-    fileName->setFont(arialBold(8));
-    add(Control::lblFileName, fileName);
+    connect(error, &Caption::clicked, error, &QLabel::clear);
+    for (const QString &lamp : {u"Label1"_s, u"Label4"_s})
+        static_cast<QLabel *>(named[lamp])->setAlignment(Qt::AlignCenter);
+    named[u"Label1"_s]->setAutoFillBackground(true); // "TX": the one opaque label
+    setPaletteColour(named[u"Label1"_s], QPalette::Window, QColor(44, 44, 108));
 
-    check(Control::Check1, QStringLiteral("Check1"), QStringLiteral("Unit Status"),
-          t.rect(1050, 6750, 1245, 285));
-    check(Control::Check3, QStringLiteral("Check3"), QStringLiteral("Boolean"),
-          t.rect(1050, 7080, 1245, 285));
-    check(Control::Check2, QStringLiteral("Check2"), QStringLiteral("Advanced"),
-          t.rect(1050, 7410, 1245, 285));
-
-    button(Control::cmdCancelDownload, QStringLiteral("cmdCancelDownload"),
-           QStringLiteral("Cancel"), t.rect(4035, 6750, 930, 285))
-        ->hide();
-    button(Control::cmdRefresh, QStringLiteral("cmdRefresh"), QStringLiteral("Refresh"),
-           t.rect(4035, 7080, 930, 285));
-    button(Control::cmdInit, QStringLiteral("cmdInit"), QStringLiteral("Clear All"),
-           t.rect(4035, 7410, 930, 285));
-    button(Control::cmdLoadMatrix, QStringLiteral("cmdLoadMatrix"), QStringLiteral("Load"),
-           t.rect(6000, 7170, 930, 285));
-    button(Control::cmdSaveMatrix, QStringLiteral("cmdSaveMatrix"), QStringLiteral("Save"),
-           t.rect(6960, 7170, 930, 285));
-    button(Control::cmdPartLoadMatrix, QStringLiteral("cmdPartLoadMatrix"),
-           QStringLiteral("Partial Load"), t.rect(6000, 7500, 1890, 245));
-
-    // Labels without text that carry the version tool tips.
-    add(Control::lblMainVersionInfo,
-        label(QStringLiteral("lblMainVersionInfo"), QString(), t.rect(3120, 720, 3495, 255)));
-    add(Control::lblVersionInfo,
-        label(QStringLiteral("lblVersionInfo"), QString(), t.rect(1575, 7920, 4575, 375)));
-
-    // Transmit and receive lamps.
-    QLabel *tx = label(QStringLiteral("Label1"), QStringLiteral("TX"), t.rect(855, 1095, 360, 180));
-    tx->setFont(arialBold(6.5));
-    tx->setAlignment(Qt::AlignCenter);
-    tx->setAutoFillBackground(true); // the one opaque label
-    setPaletteColour(tx, QPalette::Window, QColor(44, 44, 108));
-    QLabel *rx =
-        label(QStringLiteral("Label4"), QStringLiteral("RX"), t.rect(7845, 1110, 345, 180));
-    rx->setFont(arialBold(6.5));
-    rx->setAlignment(Qt::AlignCenter);
-    auto *txLamp = new Lamp(this);
-    txLamp->setObjectName(QStringLiteral("Shape1"));
-    txLamp->setGeometry(t.rect(945, 795, 195, 150));
-    add(Control::Shape1, txLamp);
-    auto *rxLamp = new Lamp(this);
-    rxLamp->setObjectName(QStringLiteral("Shape2"));
-    rxLamp->setGeometry(t.rect(7905, 810, 210, 150));
-    add(Control::Shape2, rxLamp);
-
-    // Frame buttons: the window has no title bar of its own.
-    auto *minimise = new QPushButton(QStringLiteral("_"), this);
-    minimise->setObjectName(QStringLiteral("cmdMin"));
-    minimise->setGeometry(t.rect(7080, 750, 300, 300));
-    minimise->setFocusPolicy(Qt::NoFocus);
-    connect(minimise, &QPushButton::clicked, this, [this] {
+    m_cmdMin = static_cast<QAbstractButton *>(named[u"cmdMin"_s]);
+    connect(m_cmdMin, &QAbstractButton::clicked, this, [this] {
         setFocus(Control::List1);
         showMinimized();
     });
-    m_cmdMin = minimise;
-    auto *close = new QPushButton(QStringLiteral("X"), this);
-    close->setObjectName(QStringLiteral("cmdClose"));
-    close->setGeometry(t.rect(7440, 750, 300, 300));
-    close->setFocusPolicy(Qt::NoFocus);
-    connect(close, &QPushButton::clicked, this, [this] { m_endProcess(); });
-    m_cmdClose = close;
-    for (QPushButton *b : {minimise, close})
-        b->setFont(arialBold(8));
+    m_cmdClose = static_cast<QAbstractButton *>(named[u"cmdClose"_s]);
+    connect(m_cmdClose, &QAbstractButton::clicked, this, [this] { m_endProcess(); });
 
     auto *checkStyle = new CompactCheckStyle(QApplication::style()->name());
     checkStyle->setParent(this); // made after the boxes, so that it goes after them
@@ -329,7 +318,7 @@ void MainWindow::build()
                       Control::Check2})
         m_controls.value(c)->setEnabled(false);
 
-    setTabOrder(outputs, entry);
+    setTabOrder(control(Control::List1), control(Control::txtInput));
 }
 
 TallyList *MainWindow::list(Control c) const { return qobject_cast<TallyList *>(control(c)); }

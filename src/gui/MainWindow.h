@@ -10,8 +10,6 @@
 
 class Dialogs;
 class QAbstractButton;
-class QCheckBox;
-class QLabel;
 class QLineEdit;
 class TallyList;
 
@@ -98,7 +96,6 @@ protected:
 private:
     void build();
     void paintIfBlocked(QWidget *w);
-    QLabel *label(const QString &name, const QString &text, QRect geometry);
 
     Dialogs &m_dialogs;
     QHash<Control, QWidget *> m_controls;
