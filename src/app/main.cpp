@@ -1,8 +1,8 @@
 #include "gui/Configurator.h"
-#include "gui/StartUp.h"
-#include "link/QtSerialPortAdapter.h"
 #include "gui/Dialogs.h"
 #include "gui/MainWindow.h"
+#include "gui/StartUp.h"
+#include "link/QtSerialPortAdapter.h"
 
 #include <QApplication>
 

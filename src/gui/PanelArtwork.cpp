@@ -123,8 +123,10 @@ QPixmap PanelArtwork::draw(const QPolygon &outline, qreal ratio)
     engraved(p, QRectF(70, 540, 330, 14), QStringLiteral("SERIAL 9600 8N1  \u00b7  STUDIO TALLY"),
              plate, Qt::AlignLeft | Qt::AlignVCenter);
 
-    for (QPointF c : {QPointF(body.left() + 12, body.top() + 60), QPointF(body.right() - 12, body.top() + 60),
-                      QPointF(body.left() + 12, body.bottom() - 14), QPointF(body.right() - 12, body.bottom() - 14)})
+    for (QPointF c :
+         {QPointF(body.left() + 12, body.top() + 60), QPointF(body.right() - 12, body.top() + 60),
+          QPointF(body.left() + 12, body.bottom() - 14),
+          QPointF(body.right() - 12, body.bottom() - 14)})
         screw(p, c);
     return pixmap;
 }

@@ -1,7 +1,7 @@
 #include "gui/StartUp.h"
 
-#include "gui/TopLevelWindows.h"
 #include "gui/Dialogs.h"
+#include "gui/TopLevelWindows.h"
 
 #include <QDir>
 #include <QLocalSocket>

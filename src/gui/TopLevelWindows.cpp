@@ -68,10 +68,7 @@ xcb_connection_t *connection()
 
 } // namespace
 
-bool TopLevelWindows::onX11()
-{
-    return connection() != nullptr;
-}
+bool TopLevelWindows::onX11() { return connection() != nullptr; }
 
 bool TopLevelWindows::existsWithTitle(const QString &title)
 {

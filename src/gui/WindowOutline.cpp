@@ -29,8 +29,8 @@ QPolygon WindowOutline::polygon(float xScale, float yScale, qint16 xOffset, qint
     return poly;
 }
 
-QRegion WindowOutline::BuildWindowRegion(float xScale, float yScale, qint16 xOffset,
-                                         qint16 yOffset, double pixelsPerDesignUnit)
+QRegion WindowOutline::BuildWindowRegion(float xScale, float yScale, qint16 xOffset, qint16 yOffset,
+                                         double pixelsPerDesignUnit)
 {
     return QRegion(polygon(xScale, yScale, xOffset, yOffset, pixelsPerDesignUnit), Qt::OddEvenFill);
 }
