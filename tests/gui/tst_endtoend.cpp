@@ -107,8 +107,10 @@ private slots:
         QVERIFY(saved.open(QIODevice::ReadOnly));
         QCOMPARE(saved.readAll(), rows);
 
+        r.s.click(Control::cmdInit); // Clear All, answered with the box's default: Cancel
+        QCOMPARE(r.s.mapped().size(), 3);
         r.s.answers = {MessageResult::Ok};
-        r.s.click(Control::cmdInit); // Clear All
+        r.s.click(Control::cmdInit);
         QVERIFY(r.sim.table().isEmpty());
         QVERIFY(r.s.mapped().isEmpty());
 

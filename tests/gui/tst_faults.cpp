@@ -125,6 +125,8 @@ private slots:
         QCOMPARE(result, left);
         QCOMPARE(s.window.beeps > 0 || s.boxes.size() > boxes, told);
         QVERIFY2(line.written.count("\r\n") <= Most[operation], line.written.constData());
+        if (operation == Map) // whatever the line does, the command goes out as it should
+            QCOMPARE(line.written, QByteArray("Map 1 4 2 4\r\n"));
 
         // Nothing else changed, in the model (where a read-back may only drop rows) and on the
         // tally system.
