@@ -377,6 +377,10 @@ void MainWindow::setToolTip(Control c, const QString &text)
 void MainWindow::setEnabled(Control c, bool enabled)
 {
     if (QWidget *w = control(c)) {
+        // Input that queued while the control was greyed (an online load serves no events)
+        // reaches it while it is still greyed, and so does nothing.
+        if (enabled && !w->isEnabled())
+            QCoreApplication::processEvents();
         w->setEnabled(enabled);
         paintIfBlocked(w);
     }
