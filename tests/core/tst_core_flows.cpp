@@ -1,6 +1,8 @@
-// The operator's work on the scripted tally system: reading the matrix back, mapping with the
-// mouse, the keys and the entry box, the output test, tally files and "Clear All".
+// The configurator's logic on the scripted tally system: framing and deadline, every command's
+// bytes, the Online button; reading the matrix back, mapping with the mouse, the keys and the
+// entry box, the output test, tally files and "Clear All".
 
+#include "DataTable.h"
 #include "support/LinkRig.h"
 
 #include <QDir>
@@ -12,6 +14,9 @@
 #include <sys/resource.h>
 
 using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+using Act = std::function<void(LinkRig &)>;
+Q_DECLARE_METATYPE(Act)
 using Flow = std::function<QString(LinkRig &)>; // does its part, then says what it sees
 Q_DECLARE_METATYPE(Flow)
 
@@ -20,10 +25,9 @@ namespace {
 QString filed(const LinkRig &r)
 {
     QStringList out;
-    for (int i = 0; i <= std::min(r.model.NumberOfOutputs + 1, MaxDeclared); ++i) {
+    for (int i = 0; i <= std::min(r.model.NumberOfOutputs + 1, MaxDeclared); ++i)
         if (!r.model.OutputMap[i].isEmpty())
             out << QString::number(i) + u'=' + r.model.OutputSource[i];
-    }
     return out.join(u' ');
 }
 
@@ -44,42 +48,147 @@ QByteArray contents(const QString &path)
 }
 } // namespace
 
+// "Cancel" is clicked while row cancelAt is read: the tally system's rows (a number: that
+// many), the outputs declared, cancelAt, the rows asked for, the outputs filed with sources.
+using ReadBackRows = DataTable<QByteArray, int, int, int, QString>;
+// Of 30 outputs and 25 inputs, output 2 (row 1), mapped to input 6, selected with input row 3;
+// online, what the flow sends and what it sees.
+using MappingRows = DataTable<bool, QString, QString, Flow>;
+// Before the load output 4 is mapped to input 4, units 2 and 1 are enabled. Online, outputs,
+// the file ("<dir>": a folder; a number: that many lines), the mode, the lines sent, and the
+// outputs filed followed by the messages shown.
+using LoadRows = DataTable<bool, int, QByteArray, QString, QString, QString>;
+// Outputs 1..4 mapped and under test, units 7 and 2 enabled; online, the box's answer (null:
+// closed), the lines sent.
+using ClearRows = DataTable<bool, QVariant, QString>;
+
+// The reply to "R" comes as `first` at once, or after `firstMs`, then `then` after `thenUs`;
+// IBuffer, the reply line, and whether it was late ("Comm Error!").
+using ExchangeRows = DataTable<QByteArray, int, QByteArray, int, QByteArray, QString, bool>;
+// The Online button clicked: the answers to the retry question after each attempt nobody
+// answers (Y: Yes, N: No; "-": it was online), the reply to "VER" ("": as usual), the lines
+// sent, the version shown.
+using OnlineRows = DataTable<QString, QByteArray, QString, QString>;
+
 class TestFlows : public QObject
 {
     Q_OBJECT
 private slots:
+    void exchange_data()
+    {
+        const ExchangeRows row;
+        row("reply", "R\r\nMAINV2\r\n.", 0, "", 0, "R\r\nMAINV2\r\n.", u"MAINV2"_s, false);
+        row("a point ends it", "R\r\nMAINV1.23\r\n.", 0, "", 0, "R\r\nMAINV1.", u""_s, false);
+        row("lone CR, LF", "x\ry\nb\r\nc\r.", 0, "", 0, "x\ry\nb\r\nc\r.", u"b"_s, false);
+        row("silence", "", 0, "", 0, "", u""_s, true);
+        row("point at 2 s", "R\r\nOK\r\n", 0, ".", 2000000, "R\r\nOK\r\n.", u"OK"_s, false);
+        row("point at 2.0005 s", "R\r\nOK\r\n", 0, ".", 2000500, "R\r\nOK\r\n.", u"OK"_s, true);
+        // The deadline runs from the start of the wait, not from the last byte.
+        row("trickle", "R\r\nOK\r\n", 1500, ".", 2100000, "R\r\nOK\r\n", u"OK"_s, true);
+    }
+    void exchange()
+    {
+        const auto [first, firstMs, then, thenUs, buffer, reply, late] = ExchangeRows::fetch();
+        LinkRig r;
+        r.port.script("R", {{std::chrono::milliseconds(firstMs), first},
+                            {std::chrono::microseconds(thenUs), then}});
+        const auto start = r.port.now;
+        QCOMPARE(r.channel.SendCommand(u"R"_s), !buffer.isEmpty());
+        const auto took = r.port.now - start;
+        QCOMPARE(r.model.IBuffer, QString::fromLatin1(buffer));
+        QCOMPARE(r.model.Response, reply);
+        QCOMPARE(r.view.text(Control::lblError), late ? u"Comm Error!"_s : u""_s);
+        QCOMPARE(r.view.beeps, int(late));
+        QVERIFY(late ? took > 2s && took <= 2002ms : took == std::chrono::microseconds(thenUs));
+        // What came after the "." or after the wait gave up is flushed by the next command.
+        r.port.now += 1s;
+        QVERIFY(r.channel.SendCommand(u"B"_s));
+        QCOMPARE(r.model.IBuffer + r.view.text(Control::lblError), u"B\r\nOK\r\n."_s);
+    }
+
+    // Every command the configurator sends, exactly as it goes on the wire (online).
+    void wire_data()
+    {
+        QTest::addColumn<Act>("act");
+        const auto wire = [](const char *bytes, Act act) { QTest::newRow(bytes) << act; };
+        wire("Uenable  120\r\n", [](LinkRig &r) { r.commands.EnableUnit(120); });
+        wire("Uenable -1\r\n", [](LinkRig &r) { r.commands.EnableUnit(-1); });
+        wire("Res 2  16\r\n", [](LinkRig &r) { r.commands.ResetOutput(2, 16); });
+        wire("ClrMap-3  32767\r\n", [](LinkRig &r) { r.commands.ClearMapping(-3, 32767); });
+        wire("AND 2 5 4 7\r\n", [](LinkRig &r) { r.mapping.SetBoolMapping(2, 5, 1, 3, 4, 7, 1); });
+        wire("OR 2 5 0 0\r\n", [](LinkRig &r) { r.mapping.SetBoolMapping(2, 5, 1, 3, 0, 0, 2); });
+        wire("Refresh\r\nRawMap 1\r\n", [](LinkRig &r) { r.readBack.cmdRefresh_Click(); });
+    }
+    void wire()
+    {
+        QFETCH(Act, act);
+        LinkRig r;
+        r.model.Online = true, act(r);
+        QCOMPARE(r.port.written, QByteArray(QTest::currentDataTag()));
+    }
+
+    void goOnline_data()
+    {
+        const OnlineRows row;
+        row("going offline", u"-"_s, "", u""_s, u""_s);
+        row("answered", u""_s, "", u"|\rVER|||VER||"_s, u"MAINV3\r\n"_s);
+        row("answered on the retry", u"Y"_s, "", u"|\rVER||\rVER|||VER||"_s, u"MAINV3\r\n"_s);
+        row("Yes, Yes, No", u"YYN"_s, "", u"|\rVER||\rVER||\rVER"_s, u"before"_s);
+        row("V2.14", u""_s, "VER\r\nMAINV2.14\r\n.", u"|\rVER|||VER||"_s, u"MAINV2"_s);
+    }
+    void goOnline()
+    {
+        const auto [answers, ver, sent, version] = OnlineRows::fetch();
+        LinkRig r;
+        const bool was = answers == u"-"_s, online = !was && !answers.endsWith(u'N');
+        r.model.MainCPUVersion = u"before"_s, r.model.Online = was;
+        r.view.setText(Control::lblError, u"Comm Error!"_s), r.view.answers = {MessageResult::Ok};
+        for (QChar a : QString(answers).remove(u'-')) {
+            r.port.script("", {}), r.port.script("\rVER", {});
+            r.view.answers.push_back(a == u'Y' ? MessageResult::Yes : MessageResult::No);
+        }
+        if (!ver.isEmpty())
+            r.port.script("VER", ScriptedPort::bytes(ver));
+        const auto start = r.port.now;
+        r.connection.cmdOnline_Click();
+        QCOMPARE(r.sent(), sent);
+        const QString retry = u"Communication Error|No Communications to Tally system\r\nDo you "
+                              u"want to retry?|YesNo - Yes"_s;
+        const QString info = u"Information!|You have chosen to go Online\r\nMappings displayed may "
+                             u"not agree with current Tally System Mappings|Ok - Ok"_s;
+        QCOMPARE(
+            r.view.boxes.join(u'+'),
+            was ? u""_s
+                : QStringList(QStringList{info} + QStringList(answers.size(), retry)).join(u'+') +
+                      (online ? u""_s : u"+Communication Error|Going To Offline Mode|Ok - Ok"_s));
+        QCOMPARE(r.model.InfoString, was ? u""_s : version + u"   V 7. 4   Studio A   Com 1"_s);
+        QCOMPARE(r.model.Online, online);
+        QCOMPARE(r.view.text(Control::cmdOnline), online ? u"Online"_s : u"OFFLINE"_s);
+        QCOMPARE(r.view.at(Control::cmdOnline).back, online ? Colours::Green : Colours::LightRed);
+        for (Control c : {Control::cmdTest, Control::chkTest, Control::cmdRefresh, Control::Check1,
+                          Control::Check2})
+            QCOMPARE(r.view.isEnabled(c), online);
+        QCOMPARE(r.view.text(Control::lblError), u""_s);
+        // Each unanswered attempt costs two time-outs; a pause of 0.1 s before the version query.
+        QCOMPARE((r.port.now - start) / 100ms, 40 * (answers.size() - was) + online);
+    }
+
     void readBack_data()
     {
-        QTest::addColumn<QByteArray>("table"); // the tally system's rows; a number: that many
-        QTest::addColumn<int>("outputs");
-        QTest::addColumn<int>("cancelAt"); // "Cancel" is clicked while this row is read
-        QTest::addColumn<int>("asked");    // rows asked for
-        QTest::addColumn<bool>("result");
-        QTest::addColumn<QString>("filed"); // the outputs filed, with their sources
-        const auto row = [](const char *name, const char *table, int outputs, int cancelAt,
-                            int asked, bool result, const QString &filed) {
-            QTest::newRow(name) << QByteArray(table) << outputs << cancelAt << asked << result
-                                << filed;
-        };
-        row("3 rows", "[1][3][2][5] [1][4][0][0] [1][1][2][6]", 4, 0, 4, false, u"1=6 3=5 4=0"_s);
-        row("unit 0 ends", "[1][1][2][1] [0][3][2][3] [1][4][2][4]", 4, 0, 2, false, u"1=1"_s);
-        row("later wins, undeclared", "[1][2][2][1] [9][9][2][3] [1][2][7][7]", 4, 0, 4, false,
+        const ReadBackRows row;
+        row("3 rows", "[1][3][2][5] [1][4][0][0] [1][1][2][6]", 4, 0, 4, u"1=6 3=5 4=0"_s);
+        row("unit 0 ends", "[1][1][2][1] [0][3][2][3] [1][4][2][4]", 4, 0, 2, u"1=1"_s);
+        row("later wins, undeclared", "[1][2][2][1] [9][9][2][3] [1][2][7][7]", 4, 0, 4,
             u"2=7 5=3"_s);
-        row("Cancel, 10 rows", "10", 4, 3, 4, true, u"1=5 2=2 3=3 5=1"_s);
-        row("endless", "1200", 4, 0, 999, false, u"1=3 2=2 3=3 4=6 5=1"_s);
-        row("endless, 999 outputs", "1200", 999, 0, 999, false, u"1=3 2=2 3=3 4=6"_s);
+        row("Cancel, 10 rows", "10", 4, 3, 4, u"1=5 2=2 3=3 5=1"_s);
+        row("endless, 999 outputs", "1200", 999, 0, 999, u"1=3 2=2 3=3 4=6"_s);
     }
     void readBack()
     {
-        QFETCH(QByteArray, table);
-        QFETCH(int, outputs);
-        QFETCH(int, cancelAt);
-        QFETCH(int, asked);
-        QFETCH(bool, result);
-        QFETCH(QString, filed);
+        const auto [table, outputs, cancelAt, asked, filed] = ReadBackRows::fetch();
         LinkRig r(outputs);
         r.table = table.split(' ');
-        if (const int n = table.toInt()) { // n rows; every third for an undeclared output
+        if (const int n = table.toInt()) { // every third row for an undeclared output
             r.table.clear();
             for (int k = 1; k <= n; ++k)
                 r.table << (k % 3 ? "[1][" + QByteArray::number(k % 4 + 1) + "][2][" +
@@ -87,21 +196,14 @@ private slots:
                                   : "[50][50][2][1]");
         }
         r.model.OutputMap[2] = u"[1][2][2][2]"_s; // from before: forgotten
-        bool cancel = false, during = false;
-        const auto start = r.port.now;
+        bool cancel = false;
         r.port.onCommand = [&](const QByteArray &c) {
             cancel = cancel || c == "RawMap " + QByteArray::number(cancelAt);
-            // The download bracket, after a pause for the tally system.
-            if (c == "RawMap 1")
-                during = r.port.now - start == std::chrono::milliseconds(400) &&
-                         r.view.isVisible(Control::cmdCancelDownload) &&
-                         !r.view.isEnabled(Control::cmdMapIt);
         };
         r.view.onProcessEvents = [&] { cancel ? r.channel.cmdCancelDownload_Click() : void(); };
-        QCOMPARE(r.readBack.GetAllRawMappings(), result);
-        QVERIFY(during);
+        QCOMPARE(r.readBack.GetAllRawMappings(), cancelAt > 0);
         QCOMPARE(r.port.commands.size(), asked);
-        QCOMPARE(r.model.MapStrings, asked - (!result && asked < 999));
+        QCOMPARE(r.model.MapStrings, asked - (!cancelAt && asked < 999));
         QCOMPARE(::filed(r), filed);
         QCOMPARE(r.view.text(Control::lblError),
                  asked < 999 ? u""_s
@@ -110,48 +212,41 @@ private slots:
                 r.view.isEnabled(Control::cmdMapIt));
     }
 
-    // Mapping output 2 (row 1), which was mapped to input 6, and what comes with it.
     void mapping_data()
     {
-        QTest::addColumn<bool>("online");
-        QTest::addColumn<QString>("sent");
-        QTest::addColumn<QString>("seen");
-        QTest::addColumn<Flow>("flow");
-        const auto flow = [](const char *name, bool online, const QString &sent,
-                             const QString &seen,
-                             Flow f) { QTest::newRow(name) << online << sent << seen << f; };
-        const Flow andFour = [](LinkRig &r) {
-            return r.select(1, 3, 4), r.selection.cmdBool_Click(0), look(r);
-        };
+        const MappingRows flow;
+        const QString mapped = u"[1][2][2][6][1][0][0][0] Out 2\t 6\t\t @"_s;
         flow("Map Tally", true, u"Map 1 2 2 3"_s,
              u"[1][2][2][3][1][0][0][0] Out 2\t 3\t\t @2 in3 3 o3 "_s,
-             [](LinkRig &r) { return r.select(1, 3), r.selection.cmdMapIt_Click(), look(r); });
+             [](LinkRig &r) { return r.selection.cmdMapIt_Click(), look(r); });
         flow("AND", true, u"Map 1 2 2 3|AND 1 2 2 4"_s,
-             u"[1][2][2][3][1][2][4][1] Out 2\t 3\t&\t 4 @2 in3 3 o3 "_s, andFour);
+             u"[1][2][2][3][1][2][4][1] Out 2\t 3\t&\t 4 @2 in3 3 o3 "_s,
+             [](LinkRig &r) { return r.select(1, 3, 4), r.selection.cmdBool_Click(0), look(r); });
         flow("Unassigned", true, u"Res 1  2|ClrMap 1  2"_s, u" Out 2\t\t\t @2 in0 0 o3 "_s,
              [](LinkRig &r) { return r.select(1, 0), r.selection.list2_DblClick(), look(r); });
         flow("clear unanswered", true, u"Res 1  2|ClrMap 1  2"_s,
-             u"[1][2][2][6][1][0][0][0] Out 2\t 6\t\t @2 in0  o3 Comm Error!"_s, [](LinkRig &r) {
+             mapped + u"2 in0  o3 Comm Error!"_s, [](LinkRig &r) {
                  r.port.script("ClrMap 1  2", {});
                  return r.select(1, 0), r.selection.cmdMapIt_Click(), look(r);
              });
-        flow(
-            "beyond 999", true, u""_s,
-            u"[1][2][2][6][1][0][0][0] Out 2\t 6\t\t @2 in3  o3 Not mapped: 1000 is outside 0-999"_s,
-            [](LinkRig &r) {
-                return r.model.OutputUnit[2] = 1000, r.select(1, 3), r.selection.cmdMapIt_Click(),
-                       look(r);
-            });
-        flow("Enter", true, u"Map 1 2 2 1"_s,
-             u"[1][2][2][1][1][0][0][0] Out 2\t 1\t\t @2 in1 1 o3 "_s, [](LinkRig &r) {
-                 return r.select(1, 1), r.selection.List1_KeyDown(Qt::Key_Enter, {}), look(r);
+        flow("beyond 999", true, u""_s, mapped + u"2 in3  o3 Not mapped: 1000 is outside 0-999"_s,
+             [](LinkRig &r) {
+                 r.model.OutputUnit[2] = 1000;
+                 return r.selection.cmdMapIt_Click(), look(r);
+             });
+        // Delete selects "Unassigned" and sends nothing; Enter then unmaps.
+        flow("Delete, Enter", true, u"Res 1  2|ClrMap 1  2"_s,
+             mapped + u"1 in0  o2 | Out 2\t\t\t @2 in0 0 o3 "_s, [](LinkRig &r) {
+                 r.selection.List1_KeyDown(Qt::Key_Delete, {});
+                 r.selection.List1_KeyUp(Qt::Key_Delete, false);
+                 const QString seen = r.sent() + look(r) + u'|';
+                 return r.selection.List1_KeyDown(Qt::Key_Enter, {}), seen + look(r);
              });
         flow(
-            "entry 7 of 6", true, u"Map 1 2 2 6"_s,
-            u"[1][2][2][6][1][0][0][0] Out 2\t 6\t\t @2 in6 6 o3 Entry Error|Highest Input allowable\ron this system is 6|Ok info Ok"_s,
+            "entry 26 of 25", true, u"Map 1 2 2 25"_s,
+            u"[1][2][2][25][1][0][0][0] Out 2\t 25\t\t @2 in25 25 o3 Entry Error|Highest Input allowable\ron this system is 25|Ok info Ok"_s,
             [](LinkRig &r) {
-                r.select(1, 3), r.view.setText(Control::txtInput, u"7"_s),
-                    r.entry.txtInput_Change();
+                r.view.setText(Control::txtInput, u"26"_s), r.entry.txtInput_Change();
                 r.entry.txtInput_KeyDown(Qt::Key_Enter, {});
                 return look(r) + r.view.boxes.join(u' ');
             });
@@ -167,99 +262,74 @@ private slots:
                  r.select(1), seen += box(), r.select(0), seen += box();
                  return r.test.TestLatchChange(), seen + box();
              });
+        // Space held with key repeat: a release and a press again for each repeat.
+        flow("Space held", true, u"GetMap 1  2|mapdisab 1  2|Set 1  2|Res 1  2|MapEnab 1  2"_s,
+             u"110"_s, [](LinkRig &r) {
+                 QString red;
+                 for (bool repeat : {true, true, false}) {
+                     r.selection.List1_KeyDown(Qt::Key_Space, {});
+                     r.selection.List1_KeyUp(Qt::Key_Space, repeat);
+                     red += r.view.at(Control::List1).colours[1] == Colours::Red ? u'1' : u'0';
+                 }
+                 return red;
+             });
+        // Left and Right in the output list move the input, Down in the entry box the output;
+        // the rows selected and the input and output shown.
+        const auto keys = [](int key, Qt::KeyboardModifiers m, int times) -> Flow {
+            return [=](LinkRig &r) {
+                for (int k = 0; k < times; ++k)
+                    key == Qt::Key_Down ? r.entry.txtInput_KeyDown(key, m)
+                                        : r.selection.List1_KeyDown(key, m);
+                return u"@%1 in%2 %3 %4"_s.arg(r.view.currentRow(Control::List1))
+                    .arg(r.view.currentRow(Control::list2))
+                    .arg(r.view.text(Control::lblInChannel), r.view.text(Control::lblOutChannel));
+            };
+        };
+        flow("Shift Right twice", true, u""_s, u"@1 in23 23 2"_s,
+             keys(Qt::Key_Right, Qt::ShiftModifier, 2));
+        flow("Alt Right to the end", true, u""_s, u"@1 in25 25 2"_s,
+             keys(Qt::Key_Right, Qt::AltModifier, 3));
+        flow("Ctrl Left to the top", true, u""_s, u"@1 in0 0 2"_s,
+             keys(Qt::Key_Left, Qt::ControlModifier, 1));
+        flow("Shift Down to the end", true, u""_s, u"@29 in3 6 30"_s,
+             keys(Qt::Key_Down, Qt::ShiftModifier, 3));
     }
     void mapping()
     {
-        QFETCH(bool, online);
-        QFETCH(QString, sent);
-        QFETCH(QString, seen);
-        QFETCH(Flow, flow);
-        LinkRig r;
+        const auto [online, sent, seen, flow] = MappingRows::fetch();
+        LinkRig r(30, 25);
         r.model.Online = online;
         r.model.OutputMap[2] = u"[1][2][2][6][1][0][0][0]"_s;
         r.lists.ShowMappingInList(2);
+        r.select(1, 3);
         QCOMPARE(flow(r), seen);
         QCOMPARE(r.sent(), sent);
     }
 
-    // Left and Right in the output list move the input (25 inputs), Up and Down in the entry
-    // box the output (30 outputs); rows from 0.
-    void moves_data()
-    {
-        QTest::addColumn<int>("key");
-        QTest::addColumn<Qt::KeyboardModifiers>("modifiers");
-        QTest::addColumn<int>("from");
-        QTest::addColumn<int>("to");
-        const auto row = [](const char *name, int key, Qt::KeyboardModifiers m, int from, int to) {
-            QTest::newRow(name) << key << m << from << to;
-        };
-        row("Right", Qt::Key_Right, {}, 3, 4), row("Right at the end", Qt::Key_Right, {}, 25, 25);
-        row("Shift Right", Qt::Key_Right, Qt::ShiftModifier, 14, 24);
-        row("Alt Right to the end", Qt::Key_Right, Qt::AltModifier, 15, 25);
-        row("Ctrl Left", Qt::Key_Left, Qt::ControlModifier, 17, 7);
-        row("Ctrl Left to the top", Qt::Key_Left, Qt::ControlModifier, 10, 0);
-        row("Shift Down to the end", Qt::Key_Down, Qt::ShiftModifier, 25, 29);
-    }
-    void moves()
-    {
-        QFETCH(int, key);
-        QFETCH(Qt::KeyboardModifiers, modifiers);
-        QFETCH(int, from);
-        QFETCH(int, to);
-        LinkRig r(30, 25);
-        const bool entry = key == Qt::Key_Up || key == Qt::Key_Down;
-        entry ? r.select(from) : r.select(0, from);
-        QVERIFY(entry ? r.entry.txtInput_KeyDown(key, modifiers)
-                      : r.selection.List1_KeyDown(key, modifiers));
-        QCOMPARE(r.view.currentRow(entry ? Control::List1 : Control::list2), to);
-        QCOMPARE(r.view.text(entry ? Control::lblOutChannel : Control::lblInChannel),
-                 QString::number(entry ? to + 1 : to));
-        QVERIFY(r.port.commands.isEmpty());
-    }
-
-    // Before the load output 4 is mapped to input 4, units 2 and 1 are enabled.
     void load_data()
     {
-        QTest::addColumn<bool>("online");
-        QTest::addColumn<int>("outputs");
-        QTest::addColumn<QByteArray>("file"); // "<dir>": a folder; a number: that many lines
-        QTest::addColumn<QString>("mode");
-        QTest::addColumn<QString>("sent");
-        QTest::addColumn<QString>("seen"); // the outputs filed, then the messages shown
-        const auto row = [](const char *name, bool online, int outputs, const char *file,
-                            const char *mode, const QString &sent, const QString &seen) {
-            QTest::newRow(name) << online << outputs << QByteArray(file)
-                                << QString::fromLatin1(mode) << sent << seen;
-        };
-        row("offline full", false, 4, "[1][1][2][1][1][0][0][0]\r\n", "Full", u""_s, u"1= 1"_s);
+        const LoadRows row;
+        row("offline full", false, 4, "[1][1][2][1][1][0][0][0]\r\n", u"Full"_s, u""_s, u"1= 1"_s);
         row("online full", true, 4, "[1][1][2][1][1][0][0][0]\r\n[1][2][2][3][1][2][4][2]\r\n",
-            "Full", u"Init|Uenable  2|Uenable  1|Map 1 1 2 1|Map 1 2 2 3|OR 1 2 2 4"_s,
+            u"Full"_s, u"Init|Uenable  2|Uenable  1|Map 1 1 2 1|Map 1 2 2 3|OR 1 2 2 4"_s,
             u"1= 1 2= 3"_s);
-        row("unmap unanswered", true, 4, "[1][1][2][1]\r\n[1][2][0][0]\r\n[1][3][2][3]\r\n", "Part",
-            u"Map 1 1 2 1|Res 1  2|ClrMap 1  2"_s, u"1= 1 4= 4"_s);
-        row("undeclared of 999", false, 999, "[7][7][2][1]\r\n[1][5][2][2]\r\n", "Full", u""_s,
+        row("unmap unanswered", true, 4, "[1][1][2][1]\r\n[1][2][0][0]\r\n[1][3][2][3]\r\n",
+            u"Part"_s, u"Map 1 1 2 1|Res 1  2|ClrMap 1  2"_s, u"1= 1 4= 4"_s);
+        row("undeclared of 999", false, 999, "[7][7][2][1]\r\n[1][5][2][2]\r\n", u"Full"_s, u""_s,
             u"5= 2"_s);
-        row("1005 lines", false, 4, "1005", "Full", u""_s,
+        row("1005 lines", false, 4, "1005", u"Full"_s, u""_s,
             u"1= 1 2= 1 3= 1 4= 1 File Error|The tally file holds more than 1000 mappings.\r\nThe "
             u"first 1000 were loaded; 5 were not.|Ok warn Ok"_s);
-        row("a folder", true, 4, "<dir>", "Full", u""_s,
+        row("a folder", true, 4, "<dir>", u"Full"_s, u""_s,
             u"4=4 File Error|The tally file could not be read:\r\nDIR\r\nit is a folder|Ok warn Ok"_s);
     }
     void load()
     {
-        QFETCH(bool, online);
-        QFETCH(int, outputs);
-        QFETCH(QByteArray, file);
-        QFETCH(QString, mode);
-        QFETCH(QString, sent);
-        QFETCH(QString, seen);
+        auto [online, outputs, file, mode, sent, seen] = LoadRows::fetch();
         LinkRig r(outputs);
-        r.model.Online = online;
-        r.model.EnabledUnitCount = 2;
-        r.model.EnabledUnitList = {0, 2, 1};
+        r.model.Online = online, r.model.EnabledUnitCount = 2, r.model.EnabledUnitList = {0, 2, 1};
         r.port.script("ClrMap 1  2", {});
-        r.model.OutputMap[4] = u"[1][4][2][4][1][0][0][0]"_s;
-        r.model.OutputSource[4] = u"4"_s;
+        r.model.OutputMap[4] = u"[1][4][2][4][1][0][0][0]"_s, r.model.OutputSource[4] = u"4"_s;
         for (int k = 0, n = file.toInt(); k < n; ++k)
             file += "[1][" + QByteArray::number(k % 4 + 1) + "][2][1][1][0][0][0]\r\n";
         QTemporaryDir dir;
@@ -283,20 +353,16 @@ private slots:
         const QString a = dir.filePath(u"a.qvr"_s);
         r.model.OutputMap[1] = u"[1][1][2][3][1][0][0][0]"_s;
         r.model.OutputMap[3] = u"[1][3][2][1][1][2][6][1]"_s;
-        r.model.OutputMap[6] = u"[1][6][0][0][1][2][2][2]"_s;
         const auto saved = r.model.OutputMap;
         r.view.files = {a, a, a};
         r.files.cmdSaveMatrix_Click();
-        QCOMPARE(contents(a), QByteArray("[1][1][2][3][1][0][0][0]\r\n[1][3][2][1][1][2][6][1]\r\n["
-                                         "1][6][0][0][1][2][2][2]\r\n"));
+        QCOMPARE(contents(a), "[1][1][2][3][1][0][0][0]\r\n[1][3][2][1][1][2][6][1]\r\n");
         r.model.OutputMap[1].clear();
         r.files.cmdLoadMatrix_Click();
         QVERIFY(r.model.OutputMap == saved);
         QCOMPARE(r.view.rowText(Control::List1, 2), u"Out 3\t 1\t&\t 6"_s);
-        r.view.setText(Control::lblFileName, u"b.qvr"_s);
-        r.view.answers = {MessageResult::No};
-        r.model.OutputMap[1].clear();
-        r.files.cmdSaveMatrix_Click(); // overwrite? No: the file stays as it was
+        r.view.setText(Control::lblFileName, u"b.qvr"_s), r.view.answers = {MessageResult::No};
+        r.model.OutputMap[1].clear(), r.files.cmdSaveMatrix_Click(); // overwrite? No: unchanged
         QCOMPARE(r.view.boxes, QStringList{u"File Already Exists|Do you want to Ovewrwrite "
                                            u"existing file|YesNo - No"_s});
         QCOMPARE(r.view.text(Control::lblFileName) + QLatin1StringView(contents(a).left(6)),
@@ -304,41 +370,34 @@ private slots:
         // The disk fills half way through a save: the previous file stays whole.
         for (int size : {20000, 1000}) {
             r.model.OutputMap.fill(QString(size, u'x'));
-            rlimit old{}, small{};
+            rlimit old{};
             getrlimit(RLIMIT_FSIZE, &old);
-            small = old, small.rlim_cur = 4096;
+            const rlimit small{4096, old.rlim_max};
             const auto oldSignal = std::signal(SIGXFSZ, SIG_IGN);
             setrlimit(RLIMIT_FSIZE, &small);
             const bool written = r.files.SaveAllMappings(a);
             setrlimit(RLIMIT_FSIZE, &old), std::signal(SIGXFSZ, oldSignal);
             QVERIFY(!written);
-            QCOMPARE(contents(a).size(), 78);
+            QCOMPARE(contents(a).size(), 52);
         }
         QCOMPARE(QDir(dir.path()).entryList(QDir::Files), QStringList{u"a.qvr"_s});
         QVERIFY(r.port.commands.isEmpty());
     }
 
-    // Outputs 1..4 mapped and under test, units 7 and 2 enabled; the box answered or closed.
     void clearAll_data()
     {
-        QTest::addColumn<bool>("online");
-        QTest::addColumn<QVariant>("button"); // null: the box closed
-        QTest::addColumn<QString>("sent");
+        const ClearRows row;
         const QVariant ok = int(MessageResult::Ok), cancel = int(MessageResult::Cancel);
-        QTest::newRow("online OK") << true << ok << u"Init|Uenable  7|Uenable  2"_s;
-        QTest::newRow("offline OK") << false << ok << u""_s;
-        QTest::newRow("Cancel") << true << cancel << u""_s;
-        QTest::newRow("closed") << true << QVariant() << u""_s;
+        row("online OK", true, ok, u"Init|Uenable  7|Uenable  2"_s);
+        row("offline OK", false, ok, u""_s), row("Cancel", true, cancel, u""_s);
+        row("closed", true, QVariant(), u""_s);
     }
     void clearAll()
     {
-        QFETCH(bool, online);
-        QFETCH(QVariant, button);
-        QFETCH(QString, sent);
+        const auto [online, button, sent] = ClearRows::fetch();
         LinkRig r;
         r.model.Online = online;
-        r.model.EnabledUnitCount = 2;
-        r.model.EnabledUnitList = {0, 7, 2};
+        r.model.EnabledUnitCount = 2, r.model.EnabledUnitList = {99, 7, 2, 77};
         for (int i = 1; i <= 4; ++i) {
             r.model.OutputMap[i] = u"[1][%1][2][1][1][0][0][0]"_s.arg(i);
             r.model.OutputTestOn[i] = true;
@@ -356,7 +415,7 @@ private slots:
         const bool cleared = button == int(MessageResult::Ok);
         QCOMPARE(filed(r) + r.view.rowText(Control::List1, 3) + r.view.text(Control::lblFileName),
                  cleared ? u"Out 4\t\t\t"_s : u"1= 1 2= 1 3= 1 4= 1Out 4\t 1\t\tshow.qvr"_s);
-        QCOMPARE(r.model.OutputTestOn[4] || r.view.list(Control::List1).colours[3] == Colours::Red,
+        QCOMPARE(r.model.OutputTestOn[4] || r.view.at(Control::List1).colours[3] == Colours::Red,
                  !cleared);
         QCOMPARE(r.view.focus, Control::List1);
     }

@@ -1,5 +1,6 @@
 // The readers of untrusted text: numbers, map strings, tally files and Kestrel.ini.
 
+#include "DataTable.h"
 #include "config/SystemDescription.h"
 #include "files/TallyFile.h"
 #include "matrix/MapString.h"
@@ -40,17 +41,23 @@ QString numbered(const QString &pattern, int from, int to)
 }
 } // namespace
 
+// A text, its number, and that number stored into 16 bits (null: it does not fit).
+using NumberRows = DataTable<QString, double, QVariant>;
+using MapRows = DataTable<QString, MapFields>;
+// A tally file's bytes or a path; its fields joined by "|", or the name shown.
+using TallyRows = DataTable<QString, QString>;
+// Kestrel.ini after its "[Kestrel]" line ("<dir>": a folder), the model as describe() puts it.
+using IniRows = DataTable<QString, QString>;
+
 class TestReaders : public QObject
 {
     Q_OBJECT
 private slots:
     void readNumber_data()
     {
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<double>("number");
-        QTest::addColumn<QVariant>("stored"); // into 16 bits; null: does not fit
-        const auto row = [](const QString &text, double number, QVariant stored) {
-            QTest::newRow(qPrintable(text)) << text << number << stored;
+        const NumberRows table;
+        const auto row = [&](const QString &text, double n, QVariant stored) {
+            table(qPrintable(text), text, n, stored);
         };
         row(u"&hFfG"_s, 255, 255), row(u"&O178"_s, 15, 15), row(u"&X1"_s, 0, 0);
         row(u"2.5"_s, 2.5, 2), row(u"-2.5"_s, -2.5, -2), row(u"3.5"_s, 3.5, 4);
@@ -62,9 +69,7 @@ private slots:
     }
     void readNumber()
     {
-        QFETCH(QString, text);
-        QFETCH(double, number);
-        QFETCH(QVariant, stored);
+        const auto [text, number, stored] = NumberRows::fetch();
         QCOMPARE(ReadNumber(text), number);
         const auto got = ToInt16(number);
         QCOMPARE(got ? QVariant(int(*got)) : QVariant(), stored);
@@ -72,38 +77,32 @@ private slots:
 
     void mapString_data()
     {
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<MapFields>("fields");
-        QTest::newRow("eight") << u"[2][5][1][3][1][4][7][1]"_s
-                               << MapFields{2, 5, 1, 3, 1, 4, 7, 1};
-        QTest::newRow("three digits, nine fields")
-            << u"x[1234][ab][-9][1 2][1][5][6][1][9]"_s << MapFields{123, 0, -9, 12, 1, 5, 6, 1};
-        QTest::newRow("four") << u"[2][5][1][3]"_s << MapFields{2, 5, 1, 3, 0, 0, 0, 0};
+        const MapRows row;
+        row("eight", u"[2][5][1][3][1][4][7][1]"_s, {2, 5, 1, 3, 1, 4, 7, 1});
+        row("three digits, nine fields", u"x[1234][ab][-9][1 2][1][5][6][1][9]"_s,
+            {123, 0, -9, 12, 1, 5, 6, 1});
+        row("four", u"[2][5][1][3]"_s, {2, 5, 1, 3, 0, 0, 0, 0});
     }
     void mapString()
     {
-        QFETCH(QString, text);
-        QFETCH(MapFields, fields);
+        const auto [text, fields] = MapRows::fetch();
         QCOMPARE(ReadMapFields(text), fields);
         QCOMPARE(ComposeMapFields(fields) == text, !qstrcmp(QTest::currentDataTag(), "eight"));
     }
 
     void tallyFile_data()
     {
-        QTest::addColumn<QString>("text"); // the file's bytes, or a path
-        QTest::addColumn<QString>("read"); // its fields joined by "|", or the name shown
-        QTest::newRow("quoted, stray quote")
-            << u"  \"[1], x\",[2]  \n\"[3]\r\r\n[4]"_s << u"[1], x|[2]|[3]|[4]"_s;
-        QTest::newRow("slash") << u"/home/op/a.qvr"_s << u"a.qvr"_s;
-        QTest::newRow("backslash") << u"C:\\T\\a.qvr"_s << u"a.qvr"_s;
-        QTest::newRow("at the root") << u"\\a.qvr"_s << u""_s;
-        QTest::newRow("60 characters")
-            << u"/t/"_s + QString(57, u'x') + u".qvr"_s << QString(50, u'x');
+        const TallyRows row;
+        row("quoted, stray quote", u"  \"[1], x\",[2]  \n\"[3]\r\r\n[4]"_s,
+            u"[1], x|[2]|[3]|[4]"_s);
+        row("slash", u"/home/op/a.qvr"_s, u"a.qvr"_s);
+        row("backslash", u"C:\\T\\a.qvr"_s, u"a.qvr"_s);
+        row("at the root", u"\\a.qvr"_s, u""_s);
+        row("60 characters", u"/t/"_s + QString(57, u'x') + u".qvr"_s, QString(50, u'x'));
     }
     void tallyFile()
     {
-        QFETCH(QString, text);
-        QFETCH(QString, read);
+        const auto [text, read] = TallyRows::fetch();
         QCOMPARE(text.endsWith(u".qvr"_s) ? TallyFile::ParseFilename(text)
                                           : TallyFile::fields(text.toLatin1()).join(u'|'),
                  read);
@@ -111,17 +110,12 @@ private slots:
 
     void description_data()
     {
-        QTest::addColumn<QString>("ini");   // after its "[Kestrel]" line; "<dir>": a folder
-        QTest::addColumn<QString>("model"); // as describe() puts it
-        const auto row = [](const char *name, const QString &ini, const QString &model) {
-            QTest::newRow(name) << ini << model;
-        };
+        const IniRows row;
         row("fields",
-            u"System=A\nCommPort=3\nEnabledUnits=3,1,2\nOutput 1=Camera "
-            u"1,2,3\nOutput "
-            u"2=Camera 1,2\nOutput 3=,2,3\nOutput 4=Cam,1 2,3,4\nOutput "
-            u"5=Cam,&H10,2.5\n"
-            u"Output 6=Cam,32768,1\nInput 0=X,5,5\nInput 1=Kü,2,1\n"_s,
+            u"System=A\nCommPort=3\nEnabledUnits=3,1,2\nOutput 1=Camera 1,2,3\nOutput 2=Camera "
+            u"1,2\n"
+            u"Output 3=,2,3\nOutput 4=Cam,1 2,3,4\nOutput 5=Cam,&H10,2.5\nOutput 6=Cam,32768,1\n"
+            u"Input 0=X,5,5\nInput 1=Kü,2,1\n"_s,
             u"A P3 U3,1,2, O6[Camera 1/2/3][/0/0][/2/3][Cam/12/3][Cam/16/2][/0/0] "
             u"I1[Unassigned/0/0][Kü/2/1]"_s);
         row("any case, no blank in Output1", u"system=A\nOutput1=a,1,1\n"_s,
@@ -139,14 +133,12 @@ private slots:
         row("1000 outputs, 1001 inputs",
             u"System=A\n"_s + numbered(u"Output %1=E%1,1,2\n"_s, 1, 1000) +
                 numbered(u"Input %1=E%1,1,2\n"_s, 1, 1001),
-            u"A P1 U0, O999[E1/1/2][E999/1/2] I999[Unassigned/0/0][E999/1/2] W 1 "
-            u"output entries "
+            u"A P1 U0, O999[E1/1/2][E999/1/2] I999[Unassigned/0/0][E999/1/2] W 1 output entries "
             u"beyond Output 999 were not read.\r\n2 input entries beyond Input 999 were not read."_s);
     }
     void description()
     {
-        QFETCH(QString, ini);
-        QFETCH(QString, model);
+        const auto [ini, model] = IniRows::fetch();
         QTemporaryDir dir;
         QFile file(dir.filePath(u"Kestrel.ini"_s));
         QVERIFY(ini == u"<dir>"_s ? QDir(dir.path()).mkdir(u"Kestrel.ini"_s)

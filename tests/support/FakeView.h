@@ -4,7 +4,6 @@
 
 #include <QHash>
 #include <QList>
-#include <QStringList>
 
 #include <functional>
 
@@ -13,20 +12,16 @@
 class FakeView : public MainView
 {
 public:
-    struct ControlState
+    struct ControlState // a list's rows, colours and current row too
     {
         QString text;
         bool enabled = true, visible = true, checked = false;
         Colour back{}, fore{};
-    };
-    struct ListState
-    {
         QStringList rows;
         QList<Colour> colours;
         int current = -1;
     };
     QHash<Control, ControlState> controls;
-    QHash<Control, ListState> lists;
     QStringList boxes;            // "title|text|buttons icon default" of each message box shown
     QList<MessageResult> answers; // next answers to message boxes; none left: the default
     QStringList files;            // next answers to file dialogs; none left: cancelled
@@ -35,48 +30,47 @@ public:
     std::function<void()> onProcessEvents;
 
     ControlState &at(Control c) { return controls[c]; }
-    ListState &list(Control c) { return lists[c]; }
+    ControlState get(Control c) const { return controls.value(c); }
 
     void setText(Control c, const QString &t) override { at(c).text = t; }
-    QString text(Control c) const override { return controls.value(c).text; }
+    QString text(Control c) const override { return get(c).text; }
     void setToolTip(Control, const QString &) override {}
     void setEnabled(Control c, bool e) override { at(c).enabled = e; }
-    bool isEnabled(Control c) const override { return controls.value(c).enabled; }
+    bool isEnabled(Control c) const override { return get(c).enabled; }
     void setVisible(Control c, bool v) override { at(c).visible = v; }
-    bool isVisible(Control c) const override { return controls.value(c).visible; }
+    bool isVisible(Control c) const override { return get(c).visible; }
     void setBackColour(Control c, Colour colour) override { at(c).back = colour; }
     void setForeColour(Control c, Colour colour) override { at(c).fore = colour; }
     void setChecked(Control c, bool v) override { at(c).checked = v; }
-    bool isChecked(Control c) const override { return controls.value(c).checked; }
+    bool isChecked(Control c) const override { return get(c).checked; }
     void setHeightTwips(Control, int) override {}
     void setFocus(Control c) override { focus = c; }
     void selectAllText(Control) override {}
     void repaintNow(Control) override {}
 
     void setColumnWidths(Control, const QList<int> &) override {}
-    void clearRows(Control l) override { list(l) = {}; }
+    void clearRows(Control l) override
+    {
+        at(l).rows.clear(), at(l).colours.clear(), at(l).current = -1;
+    }
     void addRow(Control l, const QString &t) override
     {
-        list(l).rows << t;
-        list(l).colours << Colours::ListBlue;
+        at(l).rows << t, at(l).colours << Colours::ListBlue;
     }
-    int rowCount(Control l) const override { return lists.value(l).rows.size(); }
-    QString rowText(Control l, int r) const override { return lists.value(l).rows.value(r); }
+    int rowCount(Control l) const override { return get(l).rows.size(); }
+    QString rowText(Control l, int r) const override { return get(l).rows.value(r); }
     void setRowText(Control l, int r, const QString &t) override
     {
-        if (r >= 0 && r < list(l).rows.size())
-            list(l).rows[r] = t;
+        r >= 0 && r < rowCount(l) ? void(at(l).rows[r] = t) : void();
     }
     void setRowColour(Control l, int r, Colour colour) override
     {
-        if (r >= 0 && r < list(l).colours.size())
-            list(l).colours[r] = colour;
+        r >= 0 && r < rowCount(l) ? void(at(l).colours[r] = colour) : void();
     }
-    int currentRow(Control l) const override { return lists.value(l).current; }
+    int currentRow(Control l) const override { return get(l).current; }
     void setCurrentRow(Control l, int r) override
     {
-        if (r >= 0 && r < list(l).rows.size())
-            list(l).current = r;
+        r >= 0 && r < rowCount(l) ? void(at(l).current = r) : void();
     }
 
     void showWindow(Window, bool) override {}

@@ -1,16 +1,13 @@
 #pragma once
 
-#include "events/AdvancedConsole.h"
 #include "events/ClearAll.h"
 #include "events/KeyboardEntry.h"
 #include "events/SelectionEvents.h"
-#include "events/UnitStatus.h"
 #include "files/TallyFiles.h"
 #include "link/Connection.h"
 #include "matrix/Mapping.h"
 #include "matrix/OutputTest.h"
 #include "matrix/ReadBack.h"
-#include "support/FakeSecondaryViews.h"
 #include "support/FakeView.h"
 #include "support/ScriptedPort.h"
 
@@ -22,18 +19,15 @@ struct LinkRig
 {
     explicit LinkRig(int outputs = 4, int inputs = 6)
     {
-        model.NumberOfOutputs = qint16(outputs);
-        model.NumberOfInputs = qint16(inputs);
+        model.NumberOfOutputs = qint16(outputs), model.NumberOfInputs = qint16(inputs);
         for (int i = 1; i <= std::max(outputs, inputs); ++i) {
             model.OutputName[i] = QStringLiteral("Out %1").arg(i);
-            model.OutputUnit[i] = 1;
-            model.OutputChannel[i] = model.InputChannel[i] = qint16(i);
             model.InputName[i] = QStringLiteral("In %1").arg(i);
-            model.InputUnit[i] = 2;
+            model.OutputUnit[i] = 1, model.InputUnit[i] = 2;
+            model.OutputChannel[i] = model.InputChannel[i] = qint16(i);
         }
         model.InputName[0] = QStringLiteral("Unassigned");
-        model.SystemName = QStringLiteral("Studio A");
-        model.KestrelCommport = 1;
+        model.SystemName = QStringLiteral("Studio A"), model.KestrelCommport = 1;
         port.responder = [this](const QByteArray &c) -> std::optional<ScriptedPort::Reply> {
             const qsizetype k = c.startsWith("RawMap ") ? c.mid(7).toInt() : 0;
             return ScriptedPort::answer(c, k            ? table.value(k - 1)
@@ -71,8 +65,4 @@ struct LinkRig
     SelectionEvents selection{model, view, lists, mapping, test};
     KeyboardEntry entry{model, view, lists, mapping, selection};
     TallyFiles files{model, view, mapping, readBack, commands, clearing, lists};
-    FakeUnitStatusView unitView;
-    UnitStatus status{model, view, unitView, channel, commands};
-    FakeAdvancedView advancedView;
-    AdvancedConsole console{view, advancedView, channel};
 };
