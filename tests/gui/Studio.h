@@ -4,19 +4,23 @@
 #include "gui/Dialogs.h"
 #include "gui/MainWindow.h"
 #include "gui/TallyList.h"
+#include "link/QtSerialPortAdapter.h"
 #include "support/ScriptedPort.h"
 
-#include <QAbstractButton>
-#include <QFile>
-#include <QTemporaryDir>
-#include <QTest>
+#include <QtTest>
+#include <QtWidgets>
 
 using namespace Qt::StringLiterals;
 
-// The main window with its beeps counted: a beep is how a time-out reaches the operator.
-class CountingWindow : public MainWindow
+inline QString writeFile(const QString &path, const QByteArray &bytes)
 {
-public:
+    QFile f(path);
+    return f.open(QIODevice::WriteOnly) && f.write(bytes) == bytes.size() ? path : QString();
+}
+
+// The main window with its beeps counted: a beep is how a time-out reaches the operator.
+struct CountingWindow : MainWindow
+{
     using MainWindow::MainWindow;
     void beep() override { ++beeps; }
     int beeps = 0;
@@ -25,49 +29,45 @@ public:
 // The whole configurator as the application builds it (Configurator wiring the windows to the
 // logic) on the given line, started from its own program directory; message boxes and file
 // dialogs are answered from lists (Yes/No boxes: No, others: their default) and recorded.
-class Studio
+struct Studio
 {
-public:
     Studio(SerialPort &port, MonotonicClock clock, Pause pause)
         : logic(model, window, port, std::move(clock), std::move(pause))
     {
         dialogs.setResponder([this](const Dialogs::Request &r) {
             boxes << r;
-            const MessageResult given =
-                r.buttons == MessageButtons::YesNo ? MessageResult::No : r.defaultButton;
-            return answers.isEmpty() ? given : answers.takeFirst();
+            return !answers.isEmpty()                   ? answers.takeFirst()
+                   : r.buttons == MessageButtons::YesNo ? MessageResult::No
+                                                        : r.defaultButton;
         });
         dialogs.setFileResponder(
             [this](auto &) { return files.isEmpty() ? QString() : files.takeFirst(); });
     }
 
-    // Kestrel.ini holds `outputs` outputs on unit 1 and `inputs` inputs on unit 2, channels from
-    // 1, and the lines `more`; then the load sequence runs.
+    // Kestrel.ini (none for `outputs` below 0) holds outputs 1.. on unit 1 and inputs 1.. on
+    // unit 2, and the lines `more`; then the load sequence runs.
     bool load(int outputs, int inputs, const QByteArray &more = {})
     {
         QByteArray ini = "[Kestrel]\r\nSystem=Test studio\r\nEnabledUnits=1,2\r\n" + more;
-        for (int k = 1; k <= std::max(outputs, inputs); ++k) {
-            if (k <= outputs)
-                ini += QString::asprintf("Output %d=Out %d,1,%d\r\n", k, k, k).toLatin1();
-            if (k <= inputs)
-                ini += QString::asprintf("Input %d=In %d,2,%d\r\n", k, k, k).toLatin1();
-        }
-        QFile f(dir.filePath(u"Kestrel.ini"_s));
-        if (outputs >= 0 && (!f.open(QIODevice::WriteOnly) || f.write(ini) != ini.size()))
-            return false;
-        f.close();
-        return logic.Form_Load(dir.path());
+        for (int k = 1; k <= outputs; ++k)
+            ini += QString::asprintf("Output %d=Out %d,1,%d\r\n", k, k, k).toLatin1();
+        for (int k = 1; k <= inputs; ++k)
+            ini += QString::asprintf("Input %d=In %d,2,%d\r\n", k, k, k).toLatin1();
+        return (outputs < 0 || !writeFile(dir.filePath(u"Kestrel.ini"_s), ini).isEmpty()) &&
+               logic.Form_Load(dir.path());
     }
 
-    // The model's mappings, in output order.
+    // The model's mappings, sorted.
     QStringList mapped() const
     {
         QStringList out(model.OutputMap.begin() + 1,
                         model.OutputMap.begin() + model.NumberOfOutputs + 1);
         out.removeAll(QString());
+        out.sort();
         return out;
     }
-    void click(Control c) { QTest::mouseClick(window.button(c), Qt::LeftButton); }
+    QWidget *w(Control c) const { return window.control(c); }
+    void click(Control c) { QTest::mouseClick(w(c), Qt::LeftButton); }
     // The operator picks a row of a list with the mouse (scrolled into view first).
     void pick(Control list, int row)
     {
@@ -87,20 +87,86 @@ public:
     Configurator logic;
 };
 
-// The configurator on a scripted tally system that answers every command ("OK", an empty
-// table, its version), on the port's fake clock. No Kestrel.ini for `outputs` below 0.
+// The configurator, 5 outputs and 9 inputs, active on a scripted tally system that answers
+// every command and holds `rows` mappings for the read-back, or stays silent when offline.
+// The first file dialog offers a tally file of one mapping.
 struct ScriptedStudio
 {
-    explicit ScriptedStudio(int outputs = 6, int inputs = 6)
+    explicit ScriptedStudio(int rows = 0, bool online = true, int outputs = 5)
     {
-        port.responder = [](const QByteArray &c) -> std::optional<ScriptedPort::Reply> {
-            if (c == "VER")
-                return ScriptedPort::answer(c, "KESTREL MAIN V2.14");
-            return ScriptedPort::answer(c, c.startsWith("RawMap") ? "" : "OK");
+        port.responder = [=](const QByteArray &c) -> std::optional<ScriptedPort::Reply> {
+            const int n = c.startsWith("RawMap") ? c.mid(6).trimmed().toInt() : 0;
+            const QByteArray map = "[1][" + QByteArray::number(n % 5 + 1) + "][2][1][1][0][0][0]";
+            if (!online)
+                return std::nullopt;
+            return ScriptedPort::answer(c,
+                                        n ? (n <= rows ? map : QByteArray())
+                                          : QByteArray(c == "VER" ? "KESTREL MAIN V2.14" : "OK"));
         };
-        loaded = s.load(outputs, inputs);
+        s.files = {writeFile(s.dir.filePath(u"t.qvr"_s), "[1][2][2][3][1][0][0][0]\r\n")};
+        if ((loaded = s.load(outputs, 9))) {
+            s.window.activateWindow();
+            (void)QTest::qWaitForWindowActive(&s.window);
+        }
     }
     ScriptedPort port;
     Studio s{port, port.clock(), port.pause()};
     bool loaded = false;
+};
+
+// kestrel-sim running for one test, its link and table file in a temporary folder.
+struct SimProcess
+{
+    ~SimProcess() { process.kill(), process.waitForFinished(); }
+    bool start(const QStringList &extra, const QByteArray &rows = {})
+    {
+        process.start(QString::fromUtf8(KESTREL_SIM_PATH),
+                      QStringList{u"--link"_s, link(), u"--state"_s, path("table.qvr"), u"--rows"_s,
+                                  writeFile(path("rows.qvr"), rows), u"--baud"_s, u"0"_s} +
+                          extra);
+        for (int k = 0; k < 500 && !QFile::exists(link()); ++k)
+            QThread::msleep(10);
+        return QFile::exists(link());
+    }
+    QString path(const char *name) const { return dir.filePath(QString::fromLatin1(name)); }
+    QString link() const { return path("tty"); }
+    // The tally system's table as it stands, holes included: one map string per row.
+    QStringList table() const
+    {
+        QFile f(path("table.qvr"));
+        return f.open(QIODevice::ReadOnly)
+                   ? QString::fromLatin1(f.readAll()).split(u"\r\n"_s, Qt::SkipEmptyParts)
+                   : QStringList();
+    }
+    QTemporaryDir dir;
+    QProcess process;
+};
+
+// kestrel-sim needs no time to settle.
+inline const Pause NoPause = [](std::chrono::milliseconds) {};
+
+// The configurator's end of a line to kestrel-sim: the real port, on a clock that runs `speed`
+// times faster than the wall's. The waits for bytes shrink alike, so that a time-out costs
+// 1/speed of its time and the order of events on the line is kept.
+struct SimLine : QtSerialPortAdapter
+{
+    explicit SimLine(int speed = 1) : speed(speed) {}
+    MonotonicClock clock() const
+    {
+        return [start = start, speed = speed] {
+            return start + (std::chrono::steady_clock::now() - start) * speed;
+        };
+    }
+    void PortWrite(const QByteArray &bytes) override
+    {
+        written += bytes;
+        QtSerialPortAdapter::PortWrite(bytes);
+    }
+    bool PortWaitForData(Duration limit) override
+    {
+        return QtSerialPortAdapter::PortWaitForData(limit / speed);
+    }
+    QByteArray written; // everything the configurator sent
+    int speed = 1;
+    std::chrono::steady_clock::time_point start = std::chrono::steady_clock::now();
 };

@@ -1,34 +1,23 @@
 // The windows as the application builds them (Configurator joins them to the logic), on a
-// scripted tally system: the layout holds together, and the secondary windows' controls and
-// close boxes reach the logic.
+// scripted tally system: the operator's input paths by real mouse and key events, the layout
+// holding together, and the secondary windows' controls and close boxes reaching the logic.
 #include "Studio.h"
-
-#include "gui/AdvancedWindow.h"
-#include "gui/UnitStatusWindow.h"
-
-#include <QLabel>
-#include <QLineEdit>
-#include <QPlainTextEdit>
-#include <QStyle>
-
-using namespace Qt::StringLiterals;
 
 namespace {
 
-// What a control covers, named. A label without a background of its own covers only its text.
-std::pair<QRect, QString> extent(const QWidget *w)
+// Counts the mouse presses that reach one object, and the objects painted.
+struct Watch : QObject
 {
-    const QVariant index = w->property("index");
-    const QString name = w->objectName() + (index.isValid() ? u"(%1)"_s.arg(index.toInt()) : u""_s);
-    const auto *label = qobject_cast<const QLabel *>(w);
-    if (!label || label->autoFillBackground())
-        return {w->geometry(), name};
-    const QRect text = label->fontMetrics().boundingRect(
-        QRect(QPoint(), w->size()), int(label->alignment()) | Qt::TextWordWrap, label->text());
-    return {
-        QStyle::alignedRect(w->layoutDirection(), label->alignment(), text.size(), w->geometry()),
-        name};
-}
+    int presses = 0;
+    QSet<QObject *> painted;
+    bool eventFilter(QObject *o, QEvent *e) override
+    {
+        presses += e->type() == QEvent::MouseButtonPress;
+        if (e->type() == QEvent::Paint)
+            painted << o;
+        return false;
+    }
+};
 
 } // namespace
 
@@ -36,6 +25,233 @@ class TestGuiWindows : public QObject
 {
     Q_OBJECT
 private slots:
+    void greyedControlNeverActs_data()
+    {
+        QTest::addColumn<int>("act");  // Test, latch pressed, Enter on the latch, in the entry box
+        QTest::addColumn<int>("when"); // during a read-back, an online load, offline
+        const char *act[] = {"Test", "latch press", "latch Enter", "entry Enter"};
+        const char *when[] = {"read-back", "online load", "offline"};
+        for (int a = 0; a < 4; ++a)
+            for (int w = 0; w < 3 - a % 2; ++w)
+                QTest::addRow("%s: %s", when[w], act[a]) << a << w;
+    }
+    // What the tally system hears and the latch shows is the same with or without the act.
+    void greyedControlNeverActs()
+    {
+        QFETCH(int, act);
+        QFETCH(int, when);
+        auto run = [&](bool acting) {
+            ScriptedStudio r(3, when < 2);
+            r.s.window.entry()->setText(u"4"_s);
+            auto press = [&] {
+                if (act < 2)
+                    r.s.click(act ? Control::chkTest : Control::cmdTest);
+                else
+                    QTest::keyClick(r.s.w(act == 2 ? Control::chkTest : Control::txtInput),
+                                    Qt::Key_Return);
+            };
+            r.port.onCommand = [&](const QByteArray &c) {
+                if (acting && (c == "RawMap 2" || c.startsWith("Map "))) {
+                    acting = false; // in the middle of an exchange, as the read-back serves events
+                    press();
+                }
+            };
+            const qsizetype before = r.port.commands.size();
+            if (when < 2)
+                r.s.click(when ? Control::cmdLoadMatrix : Control::cmdRefresh);
+            else if (acting)
+                press();
+            return std::pair{r.port.commands.mid(before), r.s.window.isChecked(Control::chkTest)};
+        };
+        QCOMPARE(run(true), run(false));
+    }
+
+    void secondPressOfADoubleClickIsAPress_data()
+    {
+        QTest::addColumn<bool>("latched");
+        QTest::addColumn<Control>("control");
+        QTest::addColumn<QList<QByteArray>>("sent");
+        const QList<QByteArray> on{"GetMap 1  2", "mapdisab 1  2", "Set 1  2"};
+        const QList<QByteArray> off{"Res 1  2", "MapEnab 1  2"};
+        QTest::newRow("latch") << false << Control::chkTest << on + off;
+        QTest::newRow("Test") << false << Control::cmdTest << on + off + on + off;
+        QTest::newRow("Test, latched output") << true << Control::cmdTest << off + on + off;
+    }
+    void secondPressOfADoubleClickIsAPress()
+    {
+        QFETCH(bool, latched);
+        QFETCH(Control, control);
+        QFETCH(QList<QByteArray>, sent);
+        ScriptedStudio r;
+        r.s.window.setCurrentRow(Control::List1, 1);
+        if (latched)
+            r.s.click(Control::chkTest);
+        const qsizetype before = r.port.commands.size();
+        r.s.click(control);
+        QTest::mouseDClick(r.s.w(control), Qt::LeftButton); // the second press
+        QTest::mouseRelease(r.s.w(control), Qt::LeftButton);
+        QCOMPARE(r.port.commands.mid(before), sent);
+        QVERIFY(!r.s.model.OutputTestOn[2]);
+        QVERIFY(latched || !r.s.window.isChecked(Control::chkTest));
+    }
+
+    void entryBoxFollowsTheInputList_data()
+    {
+        QTest::addColumn<int>("how");
+        QTest::addColumn<int>("row");
+        QTest::newRow("drag from row 2") << 0 << 5;
+        QTest::newRow("right press") << 1 << 4;
+        QTest::newRow("Down after Tab") << 2 << 3;
+        QTest::newRow("ctrl+click on the current row") << 3 << 2;
+    }
+    void entryBoxFollowsTheInputList()
+    {
+        QFETCH(int, how);
+        QFETCH(int, row);
+        ScriptedStudio r;
+        TallyList *inputs = r.s.window.list(Control::list2);
+        auto at = [&](int n) { return inputs->visualRect(inputs->model()->index(n, 0)).center(); };
+        r.s.window.setCurrentRow(Control::list2, 2);
+        r.s.window.setFocus(Control::txtInput);
+        if (how == 0) {
+            QTest::mousePress(inputs->viewport(), Qt::LeftButton, {}, at(2));
+            QTest::mouseMove(inputs->viewport(), at(row));
+            QTest::mouseRelease(inputs->viewport(), Qt::LeftButton, {}, at(row));
+        } else if (how == 2) {
+            for (int i = 0; i < 9 && QApplication::focusWidget() != inputs; ++i)
+                QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+            QTest::keyClick(inputs, Qt::Key_Down);
+        } else {
+            QTest::mouseClick(inputs->viewport(), how == 1 ? Qt::RightButton : Qt::LeftButton,
+                              how == 3 ? Qt::ControlModifier : Qt::NoModifier, at(row));
+        }
+        QCOMPARE(inputs->selectionModel()->selectedRows().value(0).row(), row);
+        QCOMPARE(r.s.window.entry()->text(), QString::number(row));
+        QCOMPARE(r.s.window.text(Control::lblInChannel), QString::number(row));
+        QTest::keyClick(r.s.w(Control::txtInput), Qt::Key_Return);
+        QCOMPARE(r.port.commands.last(), "Map 1 1 2 " + QByteArray::number(row));
+    }
+
+    void testThatStartsAlwaysEnds_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<int>("button");    // none: Space held in the output list
+        QTest::addColumn<int>("meanwhile"); // 1: the focus moves on, 2: Down in the list
+        QTest::newRow("Test, right") << u"cmdTest"_s << int(Qt::RightButton) << 0;
+        QTest::newRow("Map Tally, right") << u"cmdMapIt"_s << int(Qt::RightButton) << 0;
+        QTest::newRow("Test, Down") << u"cmdTest"_s << int(Qt::LeftButton) << 2;
+        QTest::newRow("Space, focus moves on") << u"List1"_s << int(Qt::NoButton) << 1;
+        QTest::newRow("Space, Down") << u"List1"_s << int(Qt::NoButton) << 2;
+    }
+    void testThatStartsAlwaysEnds()
+    {
+        QFETCH(QString, name);
+        QFETCH(int, button);
+        QFETCH(int, meanwhile);
+        ScriptedStudio r;
+        Watch watch; // on the background, whose presses move the window
+        r.s.window.installEventFilter(&watch);
+        auto *w = r.s.window.findChild<QWidget *>(name);
+        if (button == Qt::NoButton)
+            QTest::keyPress(w, Qt::Key_Space);
+        else
+            QTest::mousePress(w, Qt::MouseButton(button));
+        QCOMPARE(r.s.model.OutputTestOn[1], name != u"cmdMapIt"_s);
+        if (meanwhile == 1)
+            r.s.window.setFocus(Control::txtInput);
+        if (meanwhile == 2)
+            QTest::keyClick(r.s.window.list(Control::List1), Qt::Key_Down);
+        if (button == Qt::NoButton)
+            QTest::keyRelease(QApplication::focusWidget(), Qt::Key_Space);
+        else
+            QTest::mouseRelease(w, Qt::MouseButton(button));
+        QCOMPARE(watch.presses, 0);
+        QVERIFY(!r.s.model.OutputTestOn[1]);
+        QVERIFY(name == u"cmdMapIt"_s || r.port.commands.endsWith("MapEnab 1  1"));
+        QCOMPARE(r.s.window.text(Control::lblOutChannel), meanwhile == 2 ? u"2"_s : u"1"_s);
+    }
+
+    void fileDialogHandsTypedNamesOn_data()
+    {
+        QTest::addColumn<QString>("typed");
+        QTest::newRow("no such file") << u"nothere.qvr"_s;
+        QTest::newRow("hidden file") << u".hidden.qvr"_s;
+    }
+    void fileDialogHandsTypedNamesOn()
+    {
+        QFETCH(QString, typed);
+        ScriptedStudio r(0, false);
+        r.s.dialogs.setFileResponder({}); // the real dialog
+        writeFile(r.s.dir.filePath(u".hidden.qvr"_s), "[1][2][2][3][1][0][0][0]\r\n");
+        QTimer::singleShot(0, this, [&] {
+            auto *d = qobject_cast<QFileDialog *>(QApplication::activeModalWidget());
+            QCOMPARE(d->nameFilters(), QStringList{u"Kestrel Tally(*.qvr)"_s});
+            QTimer::singleShot(0, this, [] { // whatever the dialog still shows is refused
+                while (auto *m = qobject_cast<QDialog *>(QApplication::activeModalWidget()))
+                    m->reject();
+            });
+            auto *name = d->findChild<QLineEdit *>(u"fileNameEdit"_s);
+            name->setText(r.s.dir.filePath(typed));
+            QTest::keyClick(name, Qt::Key_Return);
+        });
+        r.s.click(Control::cmdLoadMatrix);
+        QCOMPARE(r.s.boxes.last().text, u"File does not exist"_s);
+        QCOMPARE(r.s.boxes.last().title, u"File Error"_s);
+    }
+
+    void windowPaintedBeforeALoadBlocks()
+    {
+        ScriptedStudio r;
+        QVERIFY(QTest::qWaitForWindowExposed(&r.s.window));
+        Watch watch;
+        qApp->installEventFilter(&watch);
+        QSet<QObject *> paintedFirst; // by the load's first exchange
+        r.port.onCommand = [&](const QByteArray &) {
+            if (paintedFirst.isEmpty() && !r.s.w(Control::cmdMapIt)->isEnabled())
+                paintedFirst = watch.painted << nullptr;
+        };
+        r.s.click(Control::cmdLoadMatrix);
+        QStringList unpainted; // the whole window, not only what changed
+        for (QWidget *w : r.s.window.findChildren<QWidget *>())
+            if (w->isVisible() && !paintedFirst.contains(w))
+                unpainted << w->objectName();
+        QCOMPARE(unpainted, QStringList());
+    }
+
+    void textsStayReadable()
+    {
+        QCOMPARE(ScriptedStudio(1000).s.boxes.value(0).text, ReadBack::LimitText()); // at 999
+        ScriptedStudio r(0, false);
+        QStringList cut;
+        for (QAbstractButton *b : r.s.window.findChildren<QAbstractButton *>()) {
+            QStyleOptionButton o;
+            o.initFrom(b);
+            const auto e = qobject_cast<QCheckBox *>(b) ? QStyle::SE_CheckBoxContents
+                                                        : QStyle::SE_PushButtonContents;
+            if (!b->text().isEmpty() && b->fontMetrics().horizontalAdvance(b->text()) >
+                                            b->style()->subElementRect(e, &o, b).width())
+                cut << b->objectName();
+        }
+        QCOMPARE(cut, QStringList());
+        // A disabled control's caption is greyed, whatever its colour when enabled.
+        r.s.logic.lists().EnableControls(false);
+        r.s.window.setForeColour(Control::chkTest, Colours::Red);
+        for (auto [c, colour] : {std::pair{Control::chkTest, QColor(Qt::red)},
+                                 {Control::Check1, QColor(Qt::black)},
+                                 {Control::list2, QColor(Qt::cyan)},
+                                 {Control::txtInput, QColor(Qt::white)}}) {
+            const QImage face = r.s.w(c)->grab().toImage().convertToFormat(QImage::Format_RGB32);
+            const auto *px = reinterpret_cast<const QRgb *>(face.constBits());
+            auto near = [c = colour](QRgb p) { // the caption colour, softened at glyph edges
+                return qAbs(qRed(p) - c.red()) + qAbs(qGreen(p) - c.green()) +
+                           qAbs(qBlue(p) - c.blue()) <
+                       40;
+            };
+            QVERIFY2(std::none_of(px, px + face.sizeInBytes() / 4, near),
+                     qPrintable(r.s.w(c)->objectName()));
+        }
+    }
+
     void layout_data()
     {
         QTest::addColumn<int>("window");
@@ -45,107 +261,97 @@ private slots:
         QTest::newRow("unit status") << 1 << false;
         QTest::newRow("advanced") << 2 << false;
     }
-    // Every control lies inside the window's outline, and none covers another.
+    // Every control lies inside the window's outline, and none covers another. A label without
+    // a background of its own covers only its text.
     void layout()
     {
         QFETCH(int, window);
         QFETCH(bool, boolean);
         ScriptedStudio r;
-        for (Control box : {Control::Check1, Control::Check2})
-            r.s.click(box);
-        if (boolean)
-            r.s.click(Control::Check3);
+        for (Control box : {Control::Check1, Control::Check2, Control::Check3})
+            if (box != Control::Check3 || boolean)
+                r.s.click(box);
         QWidget *w = QList<QWidget *>{&r.s.window, &r.s.logic.unitStatusWindow(),
                                       &r.s.logic.advancedWindow()}[window];
         QVERIFY(w->isVisible());
         const QRegion outline = w->mask().isEmpty() ? QRegion(w->rect()) : w->mask();
         QList<std::pair<QRect, QString>> controls;
         for (QWidget *c : w->findChildren<QWidget *>(QString(), Qt::FindDirectChildrenOnly)) {
+            const auto *label = qobject_cast<const QLabel *>(c);
+            const int align = label ? int(label->alignment()) : 0;
+            QRect at = c->geometry();
+            if (label && !label->autoFillBackground())
+                at = QStyle::alignedRect(Qt::LeftToRight, Qt::Alignment(align),
+                                         label->fontMetrics()
+                                             .boundingRect(QRect(QPoint(), at.size()),
+                                                           align | Qt::TextWordWrap, label->text())
+                                             .size(),
+                                         at);
             if (c->isVisibleTo(w))
-                controls << extent(c);
+                controls << std::pair{at, c->objectName() + c->property("index").toString()};
         }
         QVERIFY(controls.size() >= 3);
         for (qsizetype a = 0; a < controls.size(); ++a) {
             QVERIFY2((QRegion(controls[a].first) - outline).isEmpty(),
                      qPrintable(controls[a].second));
-            for (qsizetype b = a + 1; b < controls.size(); ++b) {
-                if (controls[a].first.intersects(controls[b].first))
-                    QFAIL(qPrintable(controls[a].second + u" covers "_s + controls[b].second));
-            }
+            for (qsizetype b = a + 1; b < controls.size(); ++b)
+                QVERIFY2(!controls[a].first.intersects(controls[b].first),
+                         qPrintable(controls[a].second + u" covers "_s + controls[b].second));
         }
     }
 
     void secondaryWindows_data()
     {
-        QTest::addColumn<bool>("unitWindow"); // or the advanced window
-        QTest::addColumn<QStringList>("steps");
+        QTest::addColumn<int>("act");
         QTest::addColumn<QByteArray>("sent"); // the last command sent
-        QTest::addColumn<QString>("shows");   // the watched unit, or what the monitor shows
-        const QString reply = u"GSTAT 9\nOK\n."_s;
-        QTest::newRow("unit: up, down")
-            << true << QStringList{u"up"_s, u"down"_s} << QByteArray("GSTAT 1") << u"1"_s;
-        QTest::newRow("unit: Close Window")
-            << true << QStringList{u"close: Close Window"_s} << QByteArray() << u"1"_s;
-        QTest::newRow("unit: close box")
-            << true << QStringList{u"close: its box"_s} << QByteArray() << u"1"_s;
-        QTest::newRow("unit: main window closed")
-            << true << QStringList{u"close: main window"_s} << QByteArray() << u"1"_s;
-        QTest::newRow("advanced: send")
-            << false << QStringList{u"send"_s} << QByteArray("GSTAT 9") << reply;
-        QTest::newRow("advanced: Enter")
-            << false << QStringList{u"Enter"_s} << QByteArray("GSTAT 9") << reply;
-        QTest::newRow("advanced: close box")
-            << false << QStringList{u"close: its box"_s} << QByteArray() << reply;
-        QTest::newRow("advanced: main window closed")
-            << false << QStringList{u"close: main window"_s} << QByteArray() << reply;
+        const char *name[] = {"unit: up, down",      "unit: Close Window",
+                              "unit: close box",     "unit: main window closed",
+                              "advanced: send",      "advanced: Enter",
+                              "advanced: close box", "advanced: main window closed"};
+        const QByteArray sent[] = {"GSTAT 1", {}, {}, {}, "GSTAT 9", "GSTAT 9", {}, {}};
+        for (int a = 0; a < 8; ++a)
+            QTest::newRow(name[a]) << a << sent[a];
     }
     void secondaryWindows()
     {
-        QFETCH(bool, unitWindow);
-        QFETCH(QStringList, steps);
+        QFETCH(int, act);
         QFETCH(QByteArray, sent);
-        const bool open = !steps.last().startsWith(u"close"_s); // shown, its box ticked
-        QFETCH(QString, shows);
         ScriptedStudio r;
         UnitStatusWindow &unit = r.s.logic.unitStatusWindow();
         AdvancedWindow &advanced = r.s.logic.advancedWindow();
-        const Control box = unitWindow ? Control::Check1 : Control::Check2;
-        QWidget *window = unitWindow ? static_cast<QWidget *>(&unit) : &advanced;
+        const Control box = act < 4 ? Control::Check1 : Control::Check2;
+        QWidget *window = act < 4 ? static_cast<QWidget *>(&unit) : &advanced;
         r.s.click(box);
         QVERIFY(window->isVisible());
         r.port.commands.clear();
         advanced.commandLine()->setText(u"GSTAT 9"_s);
-        for (const QString &step : steps) {
-            if (step == u"up"_s || step == u"down"_s)
-                QTest::mouseClick(step == u"up"_s ? unit.upButton() : unit.downButton(),
-                                  Qt::LeftButton);
-            else if (step == u"close: Close Window"_s)
-                QTest::mouseClick(unit.closeButton(), Qt::LeftButton);
-            else if (step == u"send"_s)
-                QTest::mouseClick(advanced.sendButton(), Qt::LeftButton);
-            else if (step == u"Enter"_s)
-                QTest::keyClick(advanced.commandLine(), Qt::Key_Return);
-            else
-                QVERIFY((step == u"close: its box"_s ? window : &r.s.window)->close());
-        }
+        const QList<QAbstractButton *> clicks[] = {{unit.upButton(), unit.downButton()},
+                                                   {unit.closeButton()},
+                                                   {},
+                                                   {},
+                                                   {advanced.sendButton()}};
+        for (QAbstractButton *b : act < 5 ? clicks[act] : QList<QAbstractButton *>())
+            QTest::mouseClick(b, Qt::LeftButton);
+        if (act == 5)
+            QTest::keyClick(advanced.commandLine(), Qt::Key_Return);
+        if (act % 4 >= 2) // closed by its box, or with the main window
+            QVERIFY((act % 4 == 2 ? window : &r.s.window)->close());
+        const bool open = !sent.isEmpty();
         QCOMPARE(r.port.commands.isEmpty() ? QByteArray() : r.port.commands.last(), sent);
         QCOMPARE(window->isVisible(), open);
         QCOMPARE(r.s.window.isChecked(box), open);
-        if (unitWindow)
-            QCOMPARE(unit.watchUnitText(), shows);
-        else if (open) // the time of day, then the exchange
-            QCOMPARE(advanced.monitor()->toPlainText().section(u'\n', 1), shows);
+        QCOMPARE(unit.watchUnitText(), u"1"_s);
+        if (act >= 4 && open) // the time of day, then the exchange
+            QCOMPARE(advanced.monitor()->toPlainText().section(u'\n', 1), u"GSTAT 9\nOK\n."_s);
     }
 
     void fileMissing()
     {
-        ScriptedStudio r(-1);
-        QVERIFY(!r.loaded);
+        ScriptedStudio r(0, true, -1);
+        QVERIFY(!r.loaded && !r.s.window.isVisible() && r.port.commands.isEmpty());
         QCOMPARE(r.s.boxes.size(), 1);
         QCOMPARE(r.s.boxes[0].title, u"File Missing"_s);
         QCOMPARE(r.s.boxes[0].buttons, MessageButtons::OkCancel);
-        QVERIFY(!r.s.window.isVisible());
-        QVERIFY(r.port.commands.isEmpty());
     }
 };
 
