@@ -5,42 +5,25 @@
 #include "matrix/MapString.h"
 #include "model/NumberText.h"
 
-#include <cstdint>
-#include <cstdio>
-#include <cstdlib>
-#include <cstring>
+#include <algorithm>
 #include <memory>
 #include <string>
 
 namespace {
 
-[[noreturn]] void fail(const char *what, const QString &text)
+void readText(const QString &text)
 {
-    std::fprintf(stderr, "%s: \"%s\"\n", what, text.toLatin1().constData());
-    std::abort();
-}
-
-// Each of the first eight "[" opens the next field, read from the three characters after it.
-MapFields expectedFields(const QString &text)
-{
-    MapFields f{};
-    qsizetype from = 0;
-    for (qint16 &field : f) {
-        const qsizetype open = text.indexOf(QLatin1Char('['), from);
-        if (open < 0)
+    // Each of the first eight "[" opens the next field, read from the three characters after it.
+    MapFields expected{};
+    qsizetype open = -1;
+    for (qint16 &field : expected) {
+        if ((open = text.indexOf(QLatin1Char('['), open + 1)) < 0)
             break;
         const qsizetype length = std::min<qsizetype>(3, text.size() - open - 1);
         field = ToInt16(ReadNumber(text.sliced(open + 1, length))).value_or(0);
-        from = open + 1;
     }
-    return f;
-}
-
-void readText(const QString &text)
-{
     const MapFields fields = ReadMapFields(text);
-    if (fields != expectedFields(text))
-        fail("ReadMapFields", text);
+    require(fields == expected, "ReadMapFields", text);
 
     static auto model = std::make_unique<SystemModel>(); // large: made once
     ParseGetMap(*model, text);
@@ -48,19 +31,16 @@ void readText(const QString &text)
                         model->CurrentInUnit,           model->CurrentInChannel,
                         model->CurrentMapEnable,        model->CurrentBooleanInUnit,
                         model->CurrentBooleanInChannel, model->CurrentBooleanMode};
-    if (reg != fields)
-        fail("ParseGetMap", text);
+    require(reg == fields, "ParseGetMap", text);
 
     // Fields that fit three characters survive composing and reading again.
-    bool fits = true;
-    for (qint16 f : fields)
-        fits = fits && f >= -99 && f <= 999;
-    if (fits && ReadMapFields(ComposeMapFields(fields)) != fields)
-        fail("round trip", text);
+    const bool fits =
+        std::all_of(fields.begin(), fields.end(), [](qint16 f) { return f >= -99 && f <= 999; });
+    require(!fits || ReadMapFields(ComposeMapFields(fields)) == fields, "round trip", text);
 }
 
-// Any eight 16-bit numbers composed: each reads back as the number its first three characters
-// write ("[1234]" reads 123, "[-300]" reads -30).
+// Any eight 16-bit numbers composed: each reads back as the number its first three characters write
+// ("[1234]" reads 123, "[-300]" reads -30).
 void composeAndRead(const uint8_t *data, size_t size)
 {
     if (size < 16)
@@ -69,15 +49,14 @@ void composeAndRead(const uint8_t *data, size_t size)
     std::memcpy(in.data(), data, sizeof in);
     const QString s = ComposeMapFields(in);
     const MapFields out = ReadMapFields(s);
-    for (std::size_t i = 0; i < in.size(); ++i) {
-        if (out[i] != std::stoi(std::to_string(in[i]).substr(0, 3)))
-            fail("compose and read", s);
-    }
-    if (in[4] == 1 && in[5] == 0 && in[6] == 0 && in[7] == PlainMapping &&
-        ComposeMapString(in[0], in[1], in[2], in[3]) != s)
-        fail("ComposeMapString", s);
-    if (in[4] == 1 && ComposeBoolMapString(in[0], in[1], in[2], in[3], in[5], in[6], in[7]) != s)
-        fail("ComposeBoolMapString", s);
+    for (std::size_t i = 0; i < in.size(); ++i)
+        require(out[i] == std::stoi(std::to_string(in[i]).substr(0, 3)), "compose and read", s);
+    require(in[4] != 1 || in[5] != 0 || in[6] != 0 || in[7] != PlainMapping ||
+                ComposeMapString(in[0], in[1], in[2], in[3]) == s,
+            "ComposeMapString", s);
+    require(in[4] != 1 ||
+                ComposeBoolMapString(in[0], in[1], in[2], in[3], in[5], in[6], in[7]) == s,
+            "ComposeBoolMapString", s);
 }
 
 } // namespace

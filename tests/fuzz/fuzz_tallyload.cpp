@@ -1,9 +1,9 @@
-// A tally file of any content loaded in full, offline, into a system of 999 outputs, as the
-// "Load" button does: the file is read from disk, every line is filed, the list is redrawn.
-// Every table entry must be what the loaded lines say and nothing else, and nothing may reach
-// the tally system.
+// A tally file of any content loaded in full, offline, into a system of 999 outputs, as the "Load"
+// button does: the file is read from disk, every line is filed, the list is redrawn. Every table
+// entry must be what the loaded lines say and nothing else, and nothing may reach the tally system.
 #include "files/TallyFile.h"
 #include "files/TallyFiles.h"
+#include "fuzz/FuzzText.h"
 #include "link/CommandChannel.h"
 #include "link/DeviceCommands.h"
 #include "matrix/Clearing.h"
@@ -18,40 +18,15 @@
 #include <QFile>
 #include <QTemporaryDir>
 
-#include <cstdint>
-#include <cstdio>
-#include <cstdlib>
 #include <memory>
 
 namespace {
 
-[[noreturn]] void fail(const char *what, int index = -1)
-{
-    std::fprintf(stderr, "tally load: %s (%d)\n", what, index);
-    std::abort();
-}
-
-// 999 outputs on units 1..7 and 20 inputs on unit 8, every unit/channel pair once.
-void describe(SystemModel &m)
-{
-    m.NumberOfOutputs = MaxDeclared;
-    for (int i = 1; i <= MaxDeclared; ++i) {
-        m.OutputUnit[i] = qint16(1 + i % 7);
-        m.OutputChannel[i] = qint16(i / 7);
-    }
-    m.NumberOfInputs = 20;
-    m.InputName[0] = QStringLiteral("Unassigned");
-    for (int j = 1; j <= 20; ++j) {
-        m.InputUnit[j] = 8;
-        m.InputChannel[j] = qint16(j);
-    }
-}
-
+// The lowest output (or input) on the unit and channel, one past the last when there is none.
 int lowest(const SystemModel &m, bool output, qint16 unit, qint16 channel)
 {
-    const int first = output ? 1 : 0;
     const int last = output ? m.NumberOfOutputs : m.NumberOfInputs;
-    for (int k = first; k <= last; ++k) {
+    for (int k = output ? 1 : 0; k <= last; ++k) {
         if ((output ? m.OutputUnit[k] : m.InputUnit[k]) == unit &&
             (output ? m.OutputChannel[k] : m.InputChannel[k]) == channel)
             return k;
@@ -61,11 +36,22 @@ int lowest(const SystemModel &m, bool output, qint16 unit, qint16 channel)
 
 void loadOffline(const QString &path, const QStringList &fields)
 {
-    // The model is large: made once and put back before each load, so that every input meets
-    // the same model without a fresh allocation of that size each time.
+    // The model is large: made once and put back before each load, so that every input meets the
+    // same model without a fresh allocation of that size each time.
     static const auto before = [] {
+        // 999 outputs on units 1..7 and 20 inputs on unit 8, every unit/channel pair once.
         auto m = std::make_unique<SystemModel>();
-        describe(*m);
+        m->NumberOfOutputs = MaxDeclared;
+        for (int i = 1; i <= MaxDeclared; ++i) {
+            m->OutputUnit[i] = qint16(1 + i % 7);
+            m->OutputChannel[i] = qint16(i / 7);
+        }
+        m->NumberOfInputs = 20;
+        m->InputName[0] = QStringLiteral("Unassigned");
+        for (int j = 1; j <= 20; ++j) {
+            m->InputUnit[j] = 8;
+            m->InputChannel[j] = qint16(j);
+        }
         // Left over from before the load, which must replace it.
         m->OutputMap[5] = QStringLiteral("[2][0][8][1][1][0][0][0]");
         m->OutputSource[5] = QStringLiteral(" 1");
@@ -83,19 +69,16 @@ void loadOffline(const QString &path, const QStringList &fields)
     ReadBack readBack(*model, view, channel, lists, clearing, commands, port.pause());
     Mapping mapping(*model, view, channel, commands, lists);
     TallyFiles files(*model, view, mapping, readBack, commands, clearing, lists);
-    if (!files.LoadMatrixMappings(path, QStringLiteral("Full")))
-        fail("a readable file was refused");
-    if (!port.commands.isEmpty())
-        fail("offline, yet something reached the tally system");
+    require(files.LoadMatrixMappings(path, QStringLiteral("Full")), "a readable file was refused");
+    require(port.commands.isEmpty(), "offline, yet something reached the tally system");
 
-    // What the load must leave: for each line in file order, the output its first two fields
-    // name takes that line; lines past the table are left out. The redrawn list then shows
-    // for each output the input its map names, blank for none or Unassigned.
+    // What the load must leave: for each line in file order, the output its first two fields name
+    // takes that line; lines past the table are left out. The redrawn list then shows for each
+    // output the input its map names, blank for none or Unassigned.
     const qsizetype loaded = std::min<qsizetype>(fields.size(), TallyFiles::MaxFields);
     std::array<QString, TableSize> map{}, source{};
     for (qsizetype n = 0; n < loaded; ++n) {
-        if (model->RawMap[n] != fields[n])
-            fail("raw map differs from its line", int(n));
+        require(model->RawMap[n] == fields[n], "raw map differs from its line", fields[n], n);
         const MapFields f = ReadMapFields(fields[n]);
         if (const int o = lowest(*model, true, f[0], f[1]); o <= MaxDeclared)
             map[o] = fields[n];
@@ -106,14 +89,11 @@ void loadOffline(const QString &path, const QStringList &fields)
         source[i] = a == 0 ? QString() : NumberField(a);
     }
     for (int i = 0; i < TableSize; ++i) {
-        if (model->OutputMap[i] != map[i])
-            fail("output map differs from the file", i);
-        if (model->OutputSource[i] != source[i])
-            fail("output source differs from the file", i);
+        require(model->OutputMap[i] == map[i], "output map differs from the file", map[i], i);
+        require(model->OutputSource[i] == source[i], "output source differs", source[i], i);
     }
-    const bool told = !view.boxes.isEmpty();
-    if (told != (fields.size() > TallyFiles::MaxFields))
-        fail("the operator is told of lines left out exactly when there are some");
+    require(view.boxes.isEmpty() == (fields.size() <= TallyFiles::MaxFields),
+            "the operator is told of lines left out exactly when there are some");
 }
 
 } // namespace
@@ -125,8 +105,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     const QString path = dir.filePath(QStringLiteral("fuzz.qvr"));
     {
         QFile f(path);
-        if (!f.open(QIODevice::WriteOnly | QIODevice::Truncate) || f.write(bytes) != bytes.size())
-            std::abort();
+        require(f.open(QIODevice::WriteOnly | QIODevice::Truncate) &&
+                    f.write(bytes) == bytes.size(),
+                "cannot write the file");
     }
     // The field reader has a fuzzer of its own; here it tells what the load must have read.
     loadOffline(path, TallyFile::fields(bytes));

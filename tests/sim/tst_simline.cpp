@@ -1,5 +1,5 @@
 // kestrel-sim's serial line: the port and its link, clients coming and going, ending by signal,
-// how long an answer takes, and the faults, one check each.
+// how long an answer takes, and the faults, hanging up among them.
 
 #include "SimSession.h"
 
@@ -10,107 +10,74 @@
 
 using namespace Qt::StringLiterals;
 
-namespace {
-
-const QStringList Unpaced = {u"--baud"_s, u"0"_s};
-
-// The configurator waits 2 s for a reply; half a second of silence is already telling, and
-// anything still to come after it would be a fault of its own.
-constexpr int SilenceMs = 500;
-
-const QByteArray First = "Map 1 1 1 1", Second = "Map 2 5 1 3";
-const QByteArray FirstRow = "[1][1][1][1][1][0][0][0]\r\n",
-                 SecondRow = "[2][5][1][3][1][0][0][0]\r\n";
-
-} // namespace
-
-const QByteArray Reply = SimSession::reply("Map 123 456 789 1", "OK");
+static const QByteArray Second = "Map 2 5 1 3";
 
 class TestSimLine : public QObject
 {
     Q_OBJECT
 private slots:
-    void linkClientsAndSignal()
-    {
-        QTemporaryDir dir;
-        const QString link = dir.filePath(u"kestrel-tty"_s);
-        SimSession sim;
-        QVERIFY2(sim.start(Unpaced + QStringList{u"--link"_s, link}), sim.problemText());
-        QCOMPARE(QFileInfo(link).symLinkTarget(), sim.portPath());
-        QCOMPARE(sim.exchange("Map 2 5 1 3"), SimSession::reply("Map 2 5 1 3", "OK"));
-        // The configurator closes and reopens its port when it goes offline and online again.
-        sim.closePort();
-        QVERIFY2(sim.open(link), sim.problemText());
-        QCOMPARE(sim.exchange("RawMap 1"),
-                 SimSession::reply("RawMap 1", "[2][5][1][3][1][0][0][0]"));
-        sim.closePort();
-        sim.process().terminate();
-        QVERIFY(sim.process().waitForFinished(5000));
-        QCOMPARE(sim.process().exitStatus(), QProcess::NormalExit);
-        QCOMPARE(sim.process().exitCode(), 0);
-        QVERIFY(!QFileInfo(link).exists() && !QFileInfo(link).isSymLink());
-    }
-
-    // An answer never comes sooner than the line and the delays asked for allow: a simulator
-    // that answered at once would hide a configurator that gives up too early. Only the lower
-    // bound is checked; a busy machine can only make it later.
-    void answerTakesItsTime_data()
+    // Two commands, the port closed and opened again through the link between them as the
+    // configurator does going offline and online. What comes back for the second (the
+    // configurator waits 2 s; half a second of silence is telling), never sooner than `minimumMs`
+    // after it was sent, and what the table holds after both. An empty `received` stands for
+    // noise as long as the answer, with `dots` "." in it. Then the line ends, by a hang-up or
+    // else by a signal, and its link goes with it.
+    void line_data()
     {
         QTest::addColumn<QStringList>("arguments");
         QTest::addColumn<double>("minimumMs");
-        // At 1200 bit/s, 10 bits a character: the command with CR LF over, the answer back.
-        QTest::newRow("1200 bit/s") << QStringList{u"--baud"_s, u"1200"_s}
-                                    << (19 + Reply.size()) * 10 * 1000.0 / 1200 * 0.9;
-        QTest::newRow("latency") << Unpaced + QStringList{u"--latency"_s, u"300"_s} << 290.0;
-        QTest::newRow("slow fault") << Unpaced + QStringList{u"--fault"_s, u"slow:300"_s} << 290.0;
-    }
-    void answerTakesItsTime()
-    {
-        QFETCH(QStringList, arguments);
-        QFETCH(double, minimumMs);
-        SimSession sim;
-        QVERIFY2(sim.start(arguments), sim.problemText());
-        QElapsedTimer timer;
-        timer.start();
-        sim.send("Map 123 456 789 1");
-        QCOMPARE(sim.readFor(5000, true), Reply); // a moment after the reply is waited out too
-        const qint64 elapsed = timer.elapsed();
-        QVERIFY2(elapsed >= minimumMs,
-                 qPrintable(u"%1 ms, at least %2 expected"_s.arg(elapsed).arg(minimumMs)));
-    }
-
-    // Two commands; what comes back for the second, and what the table holds after both. An
-    // empty `received` stands for noise as long as the answer, with `dots` "." in it.
-    void faults_data()
-    {
-        QTest::addColumn<QString>("faults");
         QTest::addColumn<QByteArray>("received");
         QTest::addColumn<int>("dots");
         QTest::addColumn<QByteArray>("table");
-        const QByteArray both = FirstRow + SecondRow;
-        QTest::newRow("silent, yet carried out") << u"silent"_s << QByteArray() << 0 << both;
-        QTest::newRow("drop: neither answered nor carried out")
-            << u"drop:2"_s << QByteArray() << 0 << FirstRow;
-        QTest::newRow("cut") << u"cut"_s << Second + "\r\nOK\r\n" << 0 << both;
-        QTest::newRow("garbage") << u"garbage"_s << QByteArray() << 1 << both;
-        QTest::newRow("garbage cut") << u"cut,garbage"_s << QByteArray() << 0 << both;
+        const QByteArray first = "[1][1][1][1][1][0][0][0]\r\n";
+        const QByteArray both = first + "[2][5][1][3][1][0][0][0]\r\n";
+        const QByteArray reply = SimSession::reply(Second, "OK");
+        const auto row = [&](const char *name, const QString &option, const QString &value,
+                             double minimumMs, const QByteArray &received, int dots) {
+            QTest::newRow(name) << QStringList{option, value} << minimumMs << received << dots
+                                << (value == u"drop:2"_s ? first : both);
+        };
+        // An answer that came at once would hide a configurator that gives up too early. Only
+        // lower bounds: a busy machine can only make it later. At 1200 bit/s, 10 bits a
+        // character: the command and CR LF over, the answer back.
+        row("1200 bit/s", u"--baud"_s, u"1200"_s, (13 + reply.size()) * 10 * 1000.0 / 1200 * 0.9,
+            reply, 1);
+        row("latency", u"--latency"_s, u"300"_s, 290, reply, 1);
+        row("slow fault", u"--fault"_s, u"slow:300"_s, 290, reply, 1);
+        row("silent, yet carried out", u"--fault"_s, u"silent"_s, 0, "", 0);
+        row("drop: neither answered nor carried out", u"--fault"_s, u"drop:2"_s, 0, "", 0);
+        row("cut", u"--fault"_s, u"cut"_s, 0, Second + "\r\nOK\r\n", 0);
+        row("garbage", u"--fault"_s, u"garbage"_s, 0, "", 1);
+        row("garbage cut", u"--fault"_s, u"cut,garbage"_s, 0, "", 0);
+        // The second answer still arrives whole; then the line goes.
+        row("hangup", u"--fault"_s, u"hangup:2"_s, 0, reply, 1);
     }
-    void faults()
+    void line()
     {
-        QFETCH(QString, faults);
+        QFETCH(QStringList, arguments);
+        QFETCH(double, minimumMs);
         QFETCH(QByteArray, received);
         QFETCH(int, dots);
         QFETCH(QByteArray, table);
         QTemporaryDir dir;
-        const QString state = dir.filePath(u"state.qvr"_s);
+        const QString state = dir.filePath(u"state"_s), link = dir.filePath(u"tty"_s);
         SimSession sim;
-        QVERIFY2(sim.start(Unpaced + QStringList{u"--fault"_s, faults, u"--state"_s, state}),
-                 sim.problemText());
-        sim.send(First);
-        sim.readFor(SilenceMs);
+        // The later --baud wins.
+        QVERIFY2(
+            sim.start(QStringList{u"--baud"_s, u"0"_s, u"--state"_s, state, u"--link"_s, link} +
+                      arguments),
+            sim.problem.constData());
+        // Time for an answer to come, plenty where it is paced, else half a second.
+        const int wait = minimumMs > 0 ? 5000 : 500;
+        sim.send("Map 1 1 1 1");
+        sim.readFor(wait, true);
+        QVERIFY2(sim.open(link), sim.problem.constData());
+        QElapsedTimer timer;
+        timer.start();
         sim.send(Second);
-        const QByteArray got = sim.readFor(SilenceMs);
-        if (faults.contains(u"garbage"_s)) {
+        const QByteArray got = sim.readFor(wait, true);
+        QVERIFY2(timer.elapsed() >= minimumMs, qPrintable(QString::number(timer.elapsed())));
+        if (arguments[1].contains(u"garbage"_s)) {
             QCOMPARE(got.size(), SimSession::reply(Second, "OK").size());
             QVERIFY(!got.startsWith(Second.left(3))); // not even the echo survives
         } else {
@@ -118,26 +85,20 @@ private slots:
         }
         QCOMPARE(got.count('.'), dots);
         QCOMPARE(SimSession::readFile(state), table);
-    }
-
-    void hangupEndsTheLine()
-    {
-        QTemporaryDir dir;
-        const QString link = dir.filePath(u"kestrel-tty"_s);
-        SimSession sim;
-        QVERIFY2(sim.start(Unpaced + QStringList{u"--fault"_s, u"hangup:2"_s, u"--link"_s, link}),
-                 sim.problemText());
-        QCOMPARE(sim.exchange("VER"), SimSession::reply("VER", "KESTREL MAIN V2.14"));
-        // The second answer still arrives whole; then the line goes, and the link with it.
-        QCOMPARE(sim.exchange("GSTAT 1"), SimSession::reply("GSTAT 1", "UNIT 1 DISABLED 0 LIT"));
-        QVERIFY(sim.process().waitForFinished(5000));
-        QCOMPARE(sim.process().exitCode(), 0);
-        QVERIFY(!QFileInfo(link).exists() && !QFileInfo(link).isSymLink());
-        // The configurator's port must notice, as it would a USB adapter pulled out.
-        sim.send("VER");
-        QCOMPARE(sim.readFor(200), QByteArray());
-        QVERIFY(sim.port().error() == QSerialPort::ReadError ||
-                sim.port().error() == QSerialPort::ResourceError);
+        const bool hangsUp = arguments[1].startsWith(u"hangup"_s);
+        if (!hangsUp)
+            sim.process.terminate();
+        QVERIFY(sim.process.waitForFinished(5000));
+        QCOMPARE(sim.process.exitStatus(), QProcess::NormalExit);
+        QCOMPARE(sim.process.exitCode(), 0);
+        QVERIFY(!QFileInfo(link).isSymLink());
+        if (hangsUp) {
+            // The configurator's port must notice, as it would a USB adapter pulled out.
+            sim.send("VER");
+            QCOMPARE(sim.readFor(200), QByteArray());
+            QVERIFY(sim.port.error() == QSerialPort::ReadError ||
+                    sim.port.error() == QSerialPort::ResourceError);
+        }
     }
 };
 
