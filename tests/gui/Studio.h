@@ -18,6 +18,8 @@ inline QString writeFile(const QString &path, const QByteArray &bytes)
     return f.open(QIODevice::WriteOnly) && f.write(bytes) == bytes.size() ? path : QString();
 }
 
+inline QStringList sorted(QStringList list) { return list.sort(), list; }
+
 // The main window with its beeps counted: a beep is how a time-out reaches the operator.
 struct CountingWindow : MainWindow
 {
@@ -63,8 +65,7 @@ struct Studio
         QStringList out(model.OutputMap.begin() + 1,
                         model.OutputMap.begin() + model.NumberOfOutputs + 1);
         out.removeAll(QString());
-        out.sort();
-        return out;
+        return sorted(out);
     }
     QWidget *w(Control c) const { return window.control(c); }
     void click(Control c) { QTest::mouseClick(w(c), Qt::LeftButton); }
