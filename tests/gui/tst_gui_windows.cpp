@@ -30,10 +30,12 @@ private slots:
         QTest::addColumn<int>("act");  // Test, latch pressed, Enter on the latch, in the entry box
         QTest::addColumn<int>("when"); // during a read-back, an online load, offline
         const char *act[] = {"Test", "latch press", "latch Enter", "entry Enter"};
-        const char *when[] = {"read-back", "online load", "offline"};
+        // A load serves no events: a press during it waits in the queue until the load ends.
+        const char *when[] = {"read-back", "online load", "offline", "online load, queued"};
         for (int a = 0; a < 4; ++a)
-            for (int w = 0; w < 3 - a % 2; ++w)
-                QTest::addRow("%s: %s", when[w], act[a]) << a << w;
+            for (int w = 0; w < 4; ++w)
+                if (w != 2 || a % 2 == 0)
+                    QTest::addRow("%s: %s", when[w], act[a]) << a << w;
     }
     // What the tally system hears and the latch shows is the same with or without the act.
     void greyedControlNeverActs()
@@ -41,14 +43,27 @@ private slots:
         QFETCH(int, act);
         QFETCH(int, when);
         auto run = [&](bool acting) {
-            ScriptedStudio r(3, when < 2);
+            ScriptedStudio r(3, when != 2);
             r.s.window.entry()->setText(u"4"_s);
+            QWidget *target = r.s.w(act == 0   ? Control::cmdTest
+                                    : act == 3 ? Control::txtInput
+                                               : Control::chkTest);
             auto press = [&] {
-                if (act < 2)
-                    r.s.click(act ? Control::chkTest : Control::cmdTest);
-                else
-                    QTest::keyClick(r.s.w(act == 2 ? Control::chkTest : Control::txtInput),
-                                    Qt::Key_Return);
+                if (when == 3 && act < 2) {
+                    const QPointF at(3, 3);
+                    for (QEvent::Type t : {QEvent::MouseButtonPress, QEvent::MouseButtonRelease})
+                        QCoreApplication::postEvent(
+                            target,
+                            new QMouseEvent(t, at, target->mapToGlobal(at), Qt::LeftButton,
+                                            Qt::MouseButtons(t == QEvent::MouseButtonPress), {}));
+                } else if (when == 3) {
+                    QCoreApplication::postEvent(
+                        target, new QKeyEvent(QEvent::KeyPress, Qt::Key_Return, {}));
+                } else if (act < 2) {
+                    QTest::mouseClick(target, Qt::LeftButton);
+                } else {
+                    QTest::keyClick(target, Qt::Key_Return);
+                }
             };
             r.port.onCommand = [&](const QByteArray &c) {
                 if (acting && (c == "RawMap 2" || c.startsWith("Map "))) {
@@ -57,10 +72,11 @@ private slots:
                 }
             };
             const qsizetype before = r.port.commands.size();
-            if (when < 2)
+            if (when != 2)
                 r.s.click(when ? Control::cmdLoadMatrix : Control::cmdRefresh);
             else if (acting)
                 press();
+            QCoreApplication::processEvents();
             return std::pair{r.port.commands.mid(before), r.s.window.isChecked(Control::chkTest)};
         };
         QCOMPARE(run(true), run(false));
