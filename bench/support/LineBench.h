@@ -29,9 +29,7 @@ public:
     QString text(Control c) const override { return m_text.value(c); }
     void setToolTip(Control, const QString &) override {}
     void setEnabled(Control, bool) override {}
-    bool isEnabled(Control) const override { return true; }
     void setVisible(Control, bool) override {}
-    bool isVisible(Control) const override { return true; }
     void setBackColour(Control, Colour) override {}
     void setForeColour(Control, Colour) override {}
     void setChecked(Control, bool) override {}
@@ -44,7 +42,6 @@ public:
     void clearRows(Control) override {}
     void addRow(Control, const QString &) override {}
     int rowCount(Control) const override { return 0; }
-    QString rowText(Control, int) const override { return {}; }
     void setRowText(Control, int, const QString &) override {}
     void setRowColour(Control, int, Colour) override {}
     int currentRow(Control) const override { return -1; }

@@ -26,13 +26,9 @@ void ConsoleView::setText(Control control, const QString &text)
 
 QString ConsoleView::text(Control control) const { return m_texts.value(control); }
 
-void ConsoleView::setEnabled(Control control, bool enabled) { m_disabled[control] = !enabled; }
+void ConsoleView::setEnabled(Control, bool) {}
 
-bool ConsoleView::isEnabled(Control control) const { return !m_disabled.value(control); }
-
-void ConsoleView::setVisible(Control control, bool visible) { m_hidden[control] = !visible; }
-
-bool ConsoleView::isVisible(Control control) const { return !m_hidden.value(control); }
+void ConsoleView::setVisible(Control, bool) {}
 
 void ConsoleView::setBackColour(Control control, Colour colour)
 {
@@ -54,8 +50,6 @@ void ConsoleView::clearRows(Control list)
 void ConsoleView::addRow(Control list, const QString &text) { m_rows[list] << text; }
 
 int ConsoleView::rowCount(Control list) const { return int(m_rows.value(list).size()); }
-
-QString ConsoleView::rowText(Control list, int row) const { return m_rows.value(list).value(row); }
 
 void ConsoleView::setRowText(Control list, int row, const QString &text)
 {

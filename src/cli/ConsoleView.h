@@ -22,9 +22,7 @@ public:
     QString text(Control control) const override;
     void setToolTip(Control, const QString &) override {}
     void setEnabled(Control control, bool enabled) override;
-    bool isEnabled(Control control) const override;
     void setVisible(Control control, bool visible) override;
-    bool isVisible(Control control) const override;
     void setBackColour(Control control, Colour colour) override;
     void setForeColour(Control, Colour) override {}
     void setChecked(Control control, bool checked) override;
@@ -38,7 +36,6 @@ public:
     void clearRows(Control list) override;
     void addRow(Control list, const QString &text) override;
     int rowCount(Control list) const override;
-    QString rowText(Control list, int row) const override;
     void setRowText(Control list, int row, const QString &text) override;
     void setRowColour(Control, int, Colour) override {}
     int currentRow(Control list) const override;
@@ -66,8 +63,6 @@ public:
 private:
     Console &m_console;
     QHash<Control, QString> m_texts;
-    QHash<Control, bool> m_disabled;
-    QHash<Control, bool> m_hidden;
     QHash<Control, bool> m_checked;
     QHash<Control, QStringList> m_rows;
     QHash<Control, int> m_current;

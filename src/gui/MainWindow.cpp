@@ -386,12 +386,6 @@ void MainWindow::setEnabled(Control c, bool enabled)
     }
 }
 
-bool MainWindow::isEnabled(Control c) const
-{
-    const QWidget *w = control(c);
-    return w && w->isEnabled();
-}
-
 void MainWindow::setVisible(Control c, bool visible)
 {
     QWidget *w = control(c);
@@ -421,12 +415,6 @@ void MainWindow::paintIfBlocked(QWidget *w)
         w->repaint();
     else
         repaint(w->geometry());
-}
-
-bool MainWindow::isVisible(Control c) const
-{
-    const QWidget *w = control(c);
-    return w && !w->isHidden();
 }
 
 void MainWindow::setBackColour(Control c, Colour colour)
@@ -505,12 +493,6 @@ int MainWindow::rowCount(Control c) const
 {
     const TallyList *l = list(c);
     return l ? l->rows()->rowCount() : 0;
-}
-
-QString MainWindow::rowText(Control c, int row) const
-{
-    const TallyList *l = list(c);
-    return l ? l->rows()->rowText(row) : QString();
 }
 
 void MainWindow::setRowText(Control c, int row, const QString &text)

@@ -42,8 +42,6 @@ public:
     void applyOutline(const QRegion &region);
 
     // The widget's own overloads stay reachable beside the view's.
-    using QWidget::isEnabled;
-    using QWidget::isVisible;
     using QWidget::setEnabled;
     using QWidget::setFocus;
     using QWidget::setToolTip;
@@ -54,9 +52,7 @@ public:
     QString text(Control c) const override;
     void setToolTip(Control c, const QString &text) override;
     void setEnabled(Control c, bool enabled) override;
-    bool isEnabled(Control c) const override;
     void setVisible(Control c, bool visible) override;
-    bool isVisible(Control c) const override;
     void setBackColour(Control c, Colour colour) override;
     void setForeColour(Control c, Colour colour) override;
     void setChecked(Control c, bool checked) override;
@@ -69,7 +65,6 @@ public:
     void clearRows(Control list) override;
     void addRow(Control list, const QString &text) override;
     int rowCount(Control list) const override;
-    QString rowText(Control list, int row) const override;
     void setRowText(Control list, int row, const QString &text) override;
     void setRowColour(Control list, int row, Colour colour) override;
     int currentRow(Control list) const override;

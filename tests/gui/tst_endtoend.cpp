@@ -107,7 +107,7 @@ private slots:
         r.s.click(Control::cmdRefresh);
         QCOMPARE(r.s.mapped(), sorted(r.sim.table()));
         const int output = text.mid(4, 1).toInt(); // the one the text names
-        QCOMPARE(r.s.window.rowText(Control::List1, output - 1), text);
+        QCOMPARE(r.s.window.list(Control::List1)->rows()->rowText(output - 1), text);
     }
 
     void saveAndLoadBack()
@@ -185,7 +185,7 @@ private slots:
             s.click(Control::cmdMapIt);
         } else if (operation == Refresh) {
             s.click(Control::cmdRefresh);
-            QVERIFY(s.window.isEnabled(Control::cmdMapIt)); // the download's bracket closed
+            QVERIFY(s.w(Control::cmdMapIt)->isEnabled()); // the download's bracket closed
         } else if (operation == FileLoad) {
             s.files = {writeFile(s.dir.filePath(u"part.qvr"_s),
                                  "[1][4][2][5][1][0][0][0]\r\n[1][6][2][6][1][2][1][1]\r\n")};

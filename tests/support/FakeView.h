@@ -36,9 +36,9 @@ public:
     QString text(Control c) const override { return get(c).text; }
     void setToolTip(Control, const QString &) override {}
     void setEnabled(Control c, bool e) override { at(c).enabled = e; }
-    bool isEnabled(Control c) const override { return get(c).enabled; }
+    bool isEnabled(Control c) const { return get(c).enabled; }
     void setVisible(Control c, bool v) override { at(c).visible = v; }
-    bool isVisible(Control c) const override { return get(c).visible; }
+    bool isVisible(Control c) const { return get(c).visible; }
     void setBackColour(Control c, Colour colour) override { at(c).back = colour; }
     void setForeColour(Control c, Colour colour) override { at(c).fore = colour; }
     void setChecked(Control c, bool v) override { at(c).checked = v; }
@@ -58,7 +58,7 @@ public:
         at(l).rows << t, at(l).colours << Colours::ListBlue;
     }
     int rowCount(Control l) const override { return get(l).rows.size(); }
-    QString rowText(Control l, int r) const override { return get(l).rows.value(r); }
+    QString rowText(Control l, int r) const { return get(l).rows.value(r); }
     void setRowText(Control l, int r, const QString &t) override
     {
         r >= 0 && r < rowCount(l) ? void(at(l).rows[r] = t) : void();

@@ -55,7 +55,6 @@ public:
     // The number shown in lblWatchUnit.
     qint16 watchedUnit() const;
     bool isLoaded() const { return m_loaded; }
-    const QTimer &tmrInputStatus() const { return m_tmrInputStatus; }
 
 private:
     void untickCheck1();

@@ -62,9 +62,7 @@ public:
     virtual QString text(Control control) const = 0;
     virtual void setToolTip(Control control, const QString &text) = 0;
     virtual void setEnabled(Control control, bool enabled) = 0;
-    virtual bool isEnabled(Control control) const = 0;
     virtual void setVisible(Control control, bool visible) = 0;
-    virtual bool isVisible(Control control) const = 0;
     // Back colour of buttons and lamps; caption colour of check boxes.
     virtual void setBackColour(Control control, Colour colour) = 0;
     virtual void setForeColour(Control control, Colour colour) = 0;
@@ -82,7 +80,6 @@ public:
     virtual void clearRows(Control list) = 0;
     virtual void addRow(Control list, const QString &text) = 0;
     virtual int rowCount(Control list) const = 0;
-    virtual QString rowText(Control list, int row) const = 0;
     virtual void setRowText(Control list, int row, const QString &text) = 0;
     virtual void setRowColour(Control list, int row, Colour colour) = 0;
     virtual int currentRow(Control list) const = 0; // -1 when no row is selected
