@@ -197,9 +197,8 @@ private slots:
         }
         r.model.OutputMap[2] = u"[1][2][2][2]"_s; // from before: forgotten
         bool cancel = false;
-        r.port.onCommand = [&](const QByteArray &c) {
-            cancel = cancel || c == "RawMap " + QByteArray::number(cancelAt);
-        };
+        const QByteArray cancelLine = "RawMap " + QByteArray::number(cancelAt);
+        r.port.onCommand = [&](const QByteArray &c) { cancel = cancel || c == cancelLine; };
         r.view.onProcessEvents = [&] { cancel ? r.channel.cmdCancelDownload_Click() : void(); };
         QCOMPARE(r.readBack.GetAllRawMappings(), cancelAt > 0);
         QCOMPARE(r.port.commands.size(), asked);
