@@ -22,8 +22,10 @@ int RawCommand::run(const QStringList &words, const QString &device)
     view.resetCommErrors();
     m_session.channel().SendCommand(words.join(u' '));
     const QString &reply = m_session.model().IBuffer;
-    if (!reply.isEmpty())
-        m_console.write(reply.toLatin1() + '\n');
+    if (!reply.isEmpty() && !m_console.write(reply.toLatin1() + '\n')) {
+        m_console.error(u"the reply could not be written to standard output"_s);
+        return ExitFailure;
+    }
     if (view.commErrors() > 0) {
         m_console.error(reply.isEmpty() ? m_session.noReplyText()
                                         : m_session.noReplyText() + u": the reply is cut short"_s);

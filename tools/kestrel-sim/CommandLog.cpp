@@ -2,6 +2,8 @@
 
 #include <QTime>
 
+#include <cstdio>
+
 using namespace Qt::StringLiterals;
 
 bool CommandLog::open(const QString &path, QString *error)
@@ -19,9 +21,15 @@ void CommandLog::record(QByteArrayView line)
     if (!m_file.isOpen())
         return;
     const QByteArray time = QTime::currentTime().toString(u"HH:mm:ss.zzz"_s).toLatin1();
-    m_file.write(time + ' ' + visible(line) + '\n');
-    // Someone may be watching the log while the line is busy: never keep a line back.
-    m_file.flush();
+    const QByteArray text = time + ' ' + visible(line) + '\n';
+    // Someone may be watching the log while the line is busy: never keep a line back. A log
+    // that cannot take a whole line (a full disk) is said once and closed, so that no reader
+    // takes a log with holes for the whole story.
+    if (m_file.write(text) != text.size() || !m_file.flush()) {
+        std::fprintf(stderr, "kestrel-sim: the command log stops here: %s\n",
+                     qPrintable(m_file.errorString()));
+        m_file.close();
+    }
 }
 
 QByteArray CommandLog::visible(QByteArrayView line)
