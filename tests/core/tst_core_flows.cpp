@@ -143,7 +143,8 @@ private slots:
         const bool was = answers == u"-"_s, online = !was && !answers.endsWith(u'N');
         r.model.MainCPUVersion = u"before"_s, r.model.Online = was;
         r.view.setText(Control::lblError, u"Comm Error!"_s), r.view.answers = {MessageResult::Ok};
-        for (QChar a : QString(answers).remove(u'-')) {
+        const QString picks = QString(answers).remove(u'-'); // remove() returns a reference
+        for (QChar a : picks) {
             r.port.script("", {}), r.port.script("\rVER", {});
             r.view.answers.push_back(a == u'Y' ? MessageResult::Yes : MessageResult::No);
         }
