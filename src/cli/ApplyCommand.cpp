@@ -14,10 +14,8 @@ ApplyCommand::ApplyCommand(ConsoleSession &session, Console &console)
 int ApplyCommand::run(const QString &file, bool partial, const QString &device)
 {
     QList<MapFields> maps;
-    QStringList table;
     QString error;
-    if (!ConsoleSession::readTallyFile(file, &maps, &error) || !m_session.connect(device, &error) ||
-        !m_session.readTable(&table, &error)) {
+    if (!m_session.readFileAndTable(file, device, &maps, &error)) {
         m_console.error(error);
         return ExitFailure;
     }
@@ -59,7 +57,7 @@ int ApplyCommand::run(const QString &file, bool partial, const QString &device)
 
     // Unmapped rows stay in the table as holes, at which a read-back would stop: the check
     // compacts the table first ("Comp"), as every read-back here does.
-    if (!m_session.readTable(&table, &error)) {
+    if (QStringList table; !m_session.readTable(&table, &error)) {
         m_console.error(u"applied, but the check failed: "_s + error);
         return ExitFailure;
     }

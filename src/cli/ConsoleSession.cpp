@@ -132,6 +132,13 @@ bool ConsoleSession::connect(const QString &device, QString *error)
     return open(device, error) && goOnline(error);
 }
 
+bool ConsoleSession::readFileAndTable(const QString &path, const QString &device,
+                                      QList<MapFields> *maps, QString *error)
+{
+    QStringList table;
+    return readTallyFile(path, maps, error) && connect(device, error) && readTable(&table, error);
+}
+
 bool ConsoleSession::readTallyFile(const QString &path, QList<MapFields> *maps, QString *error)
 {
     QStringList fields;

@@ -44,6 +44,9 @@ public:
     bool connect(const QString &device, QString *error);
     // A tally file's map strings, read and checked before anything is sent.
     static bool readTallyFile(const QString &path, QList<MapFields> *maps, QString *error);
+    // What verify and apply start with: the file checked, then the tally system's table read.
+    bool readFileAndTable(const QString &path, const QString &device, QList<MapFields> *maps,
+                          QString *error);
 
     // The path of the port opened.
     QString devicePath() const { return m_port.devicePath(); }

@@ -12,10 +12,8 @@ VerifyCommand::VerifyCommand(ConsoleSession &session, Console &console)
 int VerifyCommand::run(const QString &file, const QString &device)
 {
     QList<MapFields> maps;
-    QStringList table;
     QString error;
-    if (!ConsoleSession::readTallyFile(file, &maps, &error) || !m_session.connect(device, &error) ||
-        !m_session.readTable(&table, &error)) {
+    if (!m_session.readFileAndTable(file, device, &maps, &error)) {
         m_console.error(error);
         return ExitFailure;
     }
