@@ -1,4 +1,6 @@
 #!/usr/bin/env bash
+# SPDX-FileCopyrightText: 2026 Kestrel configurator maintainers
+# SPDX-License-Identifier: MIT
 # check-package.sh BUILD_DIR CMAKE CPACK WAITWINDOW XVFB_RUN
 #
 # Builds the Debian package of BUILD_DIR into a scratch folder, checks its control fields and

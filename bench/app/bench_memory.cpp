@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 Kestrel configurator maintainers
+// SPDX-License-Identifier: MIT
+
 // Peak memory of the running configurator with 999 outputs, 999 inputs and a full matrix: the
 // real program, online against kestrel-sim preloaded with a mapping for every output (a third
 // of them boolean), which the start reads back into the lists. Measured from outside as the

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 Kestrel configurator maintainers
+// SPDX-License-Identifier: MIT
+
 // Start-up of the real configurator with 999 outputs and 999 inputs, offline: the time from
 // starting the process until its main window is on the screen, mapped and drawn into, seen
 // from outside on the X display. Also the memory it holds once the window is up.

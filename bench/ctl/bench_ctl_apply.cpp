@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 Kestrel configurator maintainers
+// SPDX-License-Identifier: MIT
+
 // A show file put onto the demo studio (48 outputs) whose tally system differs from it in 5
 // outputs: 3 routed from other inputs, 1 boolean with another second input, 1 mapped that the
 // file leaves unmapped. `kestrelctl load` (the window's full load: "Init", then every line)

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 Kestrel configurator maintainers
+// SPDX-License-Identifier: MIT
+
 // A full load of a 999-line tally file, online, against kestrel-sim at 9600 bit/s, through the
 // real serial port adapter, command channel, device commands, mapping and tally files. Prints
 // how close the load comes to the time the line itself needs (every byte that crossed it, both

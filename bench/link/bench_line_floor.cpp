@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 Kestrel configurator maintainers
+// SPDX-License-Identifier: MIT
+
 // What it costs, on this machine, merely to be woken for every character of a 9600 bit/s line:
 // a pseudo-terminal fed one character per character time by a writer process (as the virtual
 // tally system is one), read by the plainest loop there is: poll, then read what is there.

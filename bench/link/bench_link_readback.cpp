@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 Kestrel configurator maintainers
+// SPDX-License-Identifier: MIT
+
 // The matrix read-back against kestrel-sim at 9600 bit/s, through the real serial port
 // adapter, command channel and read-back. Prints how close the read-back comes to the time
 // the line itself needs (the 400 ms start pause plus every byte that crossed it, both ways,

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 Kestrel configurator maintainers
+// SPDX-License-Identifier: MIT
+
 // How closely kestrel-sim keeps to 9600 bit/s. Starts the simulator, talks to it through
 // QSerialPort as the configurator does, and prints the bit rate that arrives.
 //

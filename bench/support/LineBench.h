@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 Kestrel configurator maintainers
+// SPDX-License-Identifier: MIT
+
 #pragma once
 
 // What the benchmarks over the serial line share: a window that draws nothing, a port that

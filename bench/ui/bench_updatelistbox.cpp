@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 Kestrel configurator maintainers
+// SPDX-License-Identifier: MIT
+
 // Redraws all 999 output rows of the real main window, every output mapped (a third of them
 // boolean), and prints the time one UpdateListBox1 takes beside its target.
 #include "gui/Dialogs.h"

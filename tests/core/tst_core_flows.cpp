@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 Kestrel configurator maintainers
+// SPDX-License-Identifier: MIT
+
 // The configurator's logic on the scripted tally system: framing and deadline, every command's
 // bytes, the Online button; reading the matrix back, mapping with the mouse, the keys and the
 // entry box, the output test, tally files and "Clear All".

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 Kestrel configurator maintainers
+// SPDX-License-Identifier: MIT
+
 // The readers of untrusted text: numbers, map strings, tally files and Kestrel.ini.
 
 #include "DataTable.h"

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 Kestrel configurator maintainers
+// SPDX-License-Identifier: MIT
+
 // kestrelctl run as a program against kestrel-sim: what goes on the wire, what it prints, and its
 // exit status.
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 Kestrel configurator maintainers
+// SPDX-License-Identifier: MIT
+
 // Runs a fuzz target once over every file of the folders or files named on its command line, as
 // libFuzzer does with -runs=0: the checked-in corpora then replay in the ordinary build, without
 // clang or libFuzzer. A target that finds a fault aborts, and so fails the test.

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 Kestrel configurator maintainers
+// SPDX-License-Identifier: MIT
+
 // Kestrel.ini of any content, read the way the configurator reads it at start: from a program
 // directory. IniRead must not crash, must leave the model alone when it refuses the file, and must
 // never describe more than the tables hold.

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 Kestrel configurator maintainers
+// SPDX-License-Identifier: MIT
+
 // The map string reader over any text (replies of the tally system, lines of tally files):
 // ReadMapFields against its rule restated, ParseGetMap into the model's register, and composing
 // eight numbers taken from the input and reading them back.

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 Kestrel configurator maintainers
+// SPDX-License-Identifier: MIT
+
 // ReadNumber and its 16-bit store over any text, checked against the reading rule of NumberText.h
 // restated the plain way: take out the ignored characters first, match the longest number at the
 // start, and let the C library evaluate it. The input is read twice, as 8-bit text (serial replies,

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 Kestrel configurator maintainers
+// SPDX-License-Identifier: MIT
+
 // The tally file field reader over any bytes, against its rule restated line by line. (Reading a
 // file and loading it into the matrix is fuzz_tallyload: far slower per input.)
 #include "files/TallyFile.h"

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 Kestrel configurator maintainers
+// SPDX-License-Identifier: MIT
+
 // A tally file of any content loaded in full, offline, into a system of 999 outputs, as the "Load"
 // button does: the file is read from disk, every line is filed, the list is redrawn. Every table
 // entry must be what the loaded lines say and nothing else, and nothing may reach the tally system.

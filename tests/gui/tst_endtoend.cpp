@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 Kestrel configurator maintainers
+// SPDX-License-Identifier: MIT
+
 // The whole configurator against kestrel-sim on a pseudo-terminal: what the operator does with
 // mouse and keyboard reaches the tally system's own table, what is saved loads back exactly,
 // what is read back is what the tally system holds; and every fault kestrel-sim can play

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 Kestrel configurator maintainers
+// SPDX-License-Identifier: MIT
+
 // The windows as the application builds them (Configurator joins them to the logic), on a
 // scripted tally system: the operator's input paths by real mouse and key events, the layout
 // holding together, and the secondary windows' controls and close boxes reaching the logic.

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 Kestrel configurator maintainers
+// SPDX-License-Identifier: MIT
+
 // What only a real X display shows: the single-instance search among the desktop's windows,
 // and the shaped main window.
 #include "Studio.h"

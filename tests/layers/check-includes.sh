@@ -1,4 +1,6 @@
 #!/usr/bin/env bash
+# SPDX-FileCopyrightText: 2026 Kestrel configurator maintainers
+# SPDX-License-Identifier: MIT
 # Fails when an include points upward: each folder may include only its own and the folders
 # before it in this order, lowest first. kestrel-sim includes nothing of the configurator, so
 # that the tests compare two independent implementations.

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 Kestrel configurator maintainers
+// SPDX-License-Identifier: MIT
+
 // kestrel-sim's command set through its pseudo-terminal, unpaced (--baud 0): the exact bytes of
 // each answer, the table the mapping commands leave behind, and reading a tally file at start.
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 Kestrel configurator maintainers
+// SPDX-License-Identifier: MIT
+
 // kestrel-sim's serial line: the port and its link, clients coming and going, ending by signal,
 // how long an answer takes, and the faults, hanging up among them.
 

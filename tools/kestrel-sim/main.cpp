@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 Kestrel configurator maintainers
+// SPDX-License-Identifier: MIT
+
 // kestrel-sim: the virtual tally system. Run with --help for what it does.
 
 #include "SimOptions.h"

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 Kestrel configurator maintainers
+// SPDX-License-Identifier: MIT
+
 // kestrel-screengrab OUT.png [TITLE] [SETTLE_MS]: waits (up to 20 s) until a top-level window
 // with the title exists on the X display, lets it settle, and saves the whole screen.
 #include "gui/TopLevelWindows.h"

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 Kestrel configurator maintainers
+// SPDX-License-Identifier: MIT
+
 // kestrel-waitwindow TITLE [TIMEOUT_MS]: waits until a top-level window with exactly this title
 // is on the X display, mapped and drawn into; prints how long that took. Exit status 1 when
 // it has not happened within the time (default 20000 ms), 2 without a display.

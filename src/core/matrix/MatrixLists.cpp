@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 Kestrel configurator maintainers
+// SPDX-License-Identifier: MIT
+
 #include "matrix/MatrixLists.h"
 
 #include "matrix/Lookup.h"
