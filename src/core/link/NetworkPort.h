@@ -70,7 +70,7 @@ private:
     TelnetCodec m_codec;
     QByteArray m_in;
     QByteArray m_unsent; // written while the connection was being made
-    qint64 m_taken = 0; // let in since the last write
+    qint64 m_taken = 0;  // let in since the last write
     QString m_openErrorString;
     std::function<void()> m_dataReceived;
     bool m_notificationQueued = false;
