@@ -50,7 +50,8 @@ double readBack(SystemModel &model, const QString &device, int rows)
     const double wall =
         std::chrono::duration<double>(std::chrono::steady_clock::now() - t0).count();
     std::printf("%-16s %.3f s, %lld bytes out, %lld in\n", qPrintable(device.section(u':', 0, 0)),
-                wall, static_cast<long long>(port.out.size()), static_cast<long long>(port.in.size()));
+                wall, static_cast<long long>(port.out.size()),
+                static_cast<long long>(port.in.size()));
     port.printTurns(wall);
     return model.MapStrings == rows ? wall : -1;
 }
