@@ -130,11 +130,13 @@ void NetworkPort::PortWrite(const QByteArray &bytes)
             return; // treated as sent; the reply wait then ends with its time-out
         connectTo(m_addresses.front()); // not waited for: the reply's wait covers it
     }
-    if (bytes.isEmpty() || m_socket.bytesToWrite() + m_unsent.size() > WriteLimit)
+    if (bytes.isEmpty() || m_socket.bytesToWrite() > WriteLimit)
         return;
     const QByteArray wire = m_telnet ? TelnetCodec::escape(bytes) : bytes;
     if (!isConnected()) {
-        m_unsent += wire; // the reply's wait makes the connection
+        // Goes out once the reply's wait has made the connection. A command whose exchange
+        // ended before that is dropped, as on an unplugged adapter, never sent late.
+        m_unsent = wire;
         return;
     }
     m_socket.write(wire);
