@@ -19,9 +19,8 @@ namespace {
 
 const B Offers = "\xff\xfb\x00\xff\xfb\x03\xff\xfb\x2c\xff\xfd\x00\xff\xfd\x03"_b;
 // Telnet's COM port control: 9600 bit/s, 8 data bits, no parity, 1 stop bit, no flow control.
-const B Settings = "\xff\xfa\x2c\x01\x00\x00\x25\x80\xff\xf0\xff\xfa\x2c\x02\x08\xff\xf0"
-                   "\xff\xfa\x2c\x03\x01\xff\xf0\xff\xfa\x2c\x04\x01\xff\xf0"
-                   "\xff\xfa\x2c\x05\x01\xff\xf0"_b;
+const B Settings = "\xff\xfa\x2c\x01\x00\x00\x25\x80\xff\xf0\xff\xfa\x2c\x02\x08\xff\xf0\xff\xfa"
+                   "\x2c\x03\x01\xff\xf0\xff\xfa\x2c\x04\x01\xff\xf0\xff\xfa\x2c\x05\x01\xff\xf0"_b;
 
 // A peer agreeing to COM port control when `telnet`; answers a line, returns what it got.
 std::future<B> peer(quint16 *port, bool telnet, B reply)
@@ -53,7 +52,8 @@ struct Ser2net
             port = free.serverPort();
         url = (telnet ? "rfc2217://127.0.0.1:" : "socket://127.0.0.1:") + B::number(port);
         const QString yaml = u"connection: &k\n  accepter: %1tcp,127.0.0.1,%2\n  connector: "
-                             u"serialdev,%3,9600n81,local\n  options:\n    chardelay: false\n"_s;
+                             u"serialdev,%3,9600n81,local\n  options: {chardelay: false, "
+                             u"kickolduser: true}\n"_s;
         const QString path = writeFile(
             dir.filePath(u"s.yaml"_s),
             yaml.arg(telnet ? u"telnet(rfc2217),"_s : QString()).arg(port).arg(tty).toUtf8());
