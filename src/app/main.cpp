@@ -5,7 +5,7 @@
 #include "gui/Dialogs.h"
 #include "gui/MainWindow.h"
 #include "gui/StartUp.h"
-#include "link/QtSerialPortAdapter.h"
+#include "link/DevicePort.h"
 
 #include <QApplication>
 
@@ -22,7 +22,7 @@ int main(int argc, char *argv[])
         return 0;
 
     auto model = std::make_unique<SystemModel>();
-    QtSerialPortAdapter port;
+    DevicePort port(DevicePort::ReportOnStandardError);
     MainWindow window(dialogs);
     Configurator configurator(*model, window, port);
     if (!configurator.Form_Load(QCoreApplication::applicationDirPath()))

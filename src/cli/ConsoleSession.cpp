@@ -71,6 +71,10 @@ bool ConsoleSession::open(const QString &device, QString *error)
     m_port.PortSetDevice(device.isEmpty() ? m_model->CommDevice : device);
     if (m_port.PortOpen())
         return true;
+    if (m_port.isNetwork()) {
+        *error = m_port.openErrorString();
+        return false;
+    }
     const QString path = m_port.devicePath();
     const bool exists = QFileInfo::exists(path);
     const bool usable = ::access(QFile::encodeName(path).constData(), R_OK | W_OK) == 0;

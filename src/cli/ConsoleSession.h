@@ -8,7 +8,7 @@
 #include "link/CommandChannel.h"
 #include "link/Connection.h"
 #include "link/DeviceCommands.h"
-#include "link/QtSerialPortAdapter.h"
+#include "link/DevicePort.h"
 #include "matrix/Clearing.h"
 #include "matrix/MapString.h"
 #include "matrix/Mapping.h"
@@ -72,7 +72,7 @@ private:
     Console &m_console;
     ConsoleView &m_view;
     std::unique_ptr<SystemModel> m_model;
-    QtSerialPortAdapter m_port;
+    DevicePort m_port;
     CommandChannel m_channel;
     MatrixLists m_lists;
     Clearing m_clearing;
