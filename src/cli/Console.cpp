@@ -14,6 +14,16 @@ constexpr std::chrono::milliseconds RedrawInterval{100};
 
 Console::Console(bool quiet, bool progress) : m_quiet(quiet), m_progress(progress && !quiet) {}
 
+QString Console::printable(const QString &text, qsizetype max)
+{
+    QString out = text.left(max);
+    for (QChar &c : out) {
+        if (c.unicode() < 0x20 || c.unicode() >= 0x7F)
+            c = u'?';
+    }
+    return out;
+}
+
 bool Console::write(const QByteArray &bytes)
 {
     clearLine();

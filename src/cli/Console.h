@@ -28,6 +28,10 @@ public:
 
     bool quiet() const { return m_quiet; }
 
+    // Text from a file or the line, safe for a terminal: control characters and anything
+    // outside ASCII become "?", and at most `max` characters are kept.
+    static QString printable(const QString &text, qsizetype max = 60);
+
     // Bytes as they are to standard output; false when they could not all be written.
     bool write(const QByteArray &bytes);
     // One line to standard output.

@@ -9,22 +9,13 @@
 
 using namespace Qt::StringLiterals;
 
-const QString ConsoleView::CommError = u"Comm Error!"_s;
-
 ConsoleView::ConsoleView(Console &console) : m_console(console) {}
 
 void ConsoleView::setText(Control control, const QString &text)
 {
     m_texts[control] = text;
-    if (control == Control::lblDownloading) {
+    if (control == Control::lblDownloading)
         m_console.status(text);
-    } else if (control == Control::lblError && text == CommError) {
-        ++m_commErrors;
-        if (m_onCommError)
-            m_onCommError();
-    } else if (control == Control::lblError && !text.isEmpty()) {
-        m_lastError = text;
-    }
 }
 
 QString ConsoleView::text(Control control) const { return m_texts.value(control); }
