@@ -211,9 +211,15 @@ bool ConsoleSession::readTallyFile(const QString &path, QList<MapFields> *maps, 
 {
     QStringList lines;
     QString reason;
-    if (!TallyFile::readLines(path, &lines, &reason) ||
-        !MatrixComparison::parse(lines, maps, &reason)) {
-        *error = u"tally file %1: %2"_s.arg(path, reason);
+    // "-" is standard input, as for read's standard output.
+    QFile in;
+    const bool fromStdin = path == u"-"_s;
+    const bool read = fromStdin
+                          ? in.open(stdin, QIODevice::ReadOnly) &&
+                                TallyFile::lines(in.read(TallyFile::MaxBytes + 1), &lines, &reason)
+                          : TallyFile::readLines(path, &lines, &reason);
+    if (!read || !MatrixComparison::parse(lines, maps, &reason)) {
+        *error = u"tally file %1: %2"_s.arg(fromStdin ? u"on standard input"_s : path, reason);
         return false;
     }
     return true;

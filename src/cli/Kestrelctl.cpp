@@ -34,6 +34,7 @@ const QString Commands =
     u"  send COMMAND...          one raw command, every word after send (options go\n"
     u"                           before it); its raw reply on standard output\n"
     u"  watch UNIT [--for SECONDS]  a unit's bits and status, five times a second\n"
+    u"FILE - is standard input (load, verify, apply) or standard output (read).\n"
     u"Failures: one line on standard error and status 2."_s;
 
 struct Usage
