@@ -96,5 +96,6 @@ private:
     Mapping m_mapping;
     TallyFiles m_files;
     QString m_failure;
+    int m_exchanges = 0;
     std::function<void()> m_onFailure;
 };

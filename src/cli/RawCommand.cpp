@@ -31,8 +31,8 @@ int RawCommand::run(const QStringList &words, const QString &device)
         return ExitFailure;
     }
     // An error reply is the device's answer and goes out as such; a reply that is not this
-    // command's own is a failure.
-    if (exchange.outcome != ExchangeOutcome::Complete || exchange.discarded > 0) {
+    // command's own is a failure. Bytes waiting from before are flushed, as by the window.
+    if (exchange.outcome != ExchangeOutcome::Complete) {
         QString failure = m_session.failure();
         m_console.error(failure.isEmpty() ? m_session.noReplyText() : failure);
         return ExitFailure;
