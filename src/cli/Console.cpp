@@ -46,8 +46,9 @@ void Console::note(const QString &text)
         error(text);
 }
 
-void Console::begin(const QString &phase, int plannedCommands)
+void Console::begin(const QString &phase, int plannedCommands, int bytesPerExchange)
 {
+    m_bytesPerExchange = bytesPerExchange;
     m_phase = phase;
     m_status.clear();
     m_planned = plannedCommands;
@@ -82,7 +83,7 @@ void Console::draw()
     text += u"%1 commands sent"_s.arg(m_sent);
     if (m_planned > m_sent) {
         const double seconds =
-            double(m_planned - m_sent) * BytesPerExchange * BitsPerCharacter / LineBitsPerSecond;
+            double(m_planned - m_sent) * m_bytesPerExchange * BitsPerCharacter / LineBitsPerSecond;
         text += u" of %1, about %2 s left"_s.arg(m_planned).arg(seconds, 0, 'f', 1);
     }
     // \r and clear to the end of the line: the line is rewritten in place.

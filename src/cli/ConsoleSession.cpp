@@ -169,7 +169,8 @@ bool ConsoleSession::goOnline(QString *error)
 
 bool ConsoleSession::readTable(QStringList *lines, QString *error)
 {
-    m_console.begin(u"reading back"_s);
+    // Reckoned as a row for every declared output, "Comp" and the row that ends the table.
+    m_console.begin(u"reading back"_s, m_model->NumberOfOutputs + 2, Console::BytesPerRow);
     // As the window's Save: a table with cleared rows in it would end at the first of them.
     m_readBack.MapTableCompress();
     if (!failed())
