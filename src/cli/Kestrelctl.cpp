@@ -104,14 +104,17 @@ int Kestrelctl::run(const QStringList &arguments)
 
     Console console(false, false);
     if (!parser.parse(withRawSend(arguments))) {
+        // Worded as the other messages: lower case, no full stop.
         const QStringList unknown = parser.unknownOptionNames();
-        console.error(
-            (unknown.isEmpty()
-                 ? parser.errorText().left(1).toLower() +
-                       parser.errorText().mid(1).chopped(parser.errorText().endsWith(u'.'))
-                 : u"no option %1%2"_s.arg(unknown.first().size() == 1 ? u"-"_s : u"--"_s,
-                                           unknown.first())) +
-            u" (kestrelctl --help lists the options)"_s);
+        QString text = parser.errorText();
+        if (!unknown.isEmpty())
+            text = u"no option %1%2"_s.arg(unknown.first().size() == 1 ? u"-"_s : u"--"_s,
+                                           unknown.first());
+        else if (!text.isEmpty())
+            text = text.left(1).toLower() + text.mid(1);
+        if (text.endsWith(u'.'))
+            text.chop(1);
+        console.error(text + u" (kestrelctl --help lists the options)"_s);
         return ExitFailure;
     }
     if (parser.isSet(help))
