@@ -33,9 +33,9 @@ class Console;
 class ConsoleSession
 {
 public:
-    // After a reply that a "." inside it ended early (the version), the line must be quiet
-    // this long before the next command goes out.
-    static constexpr std::chrono::milliseconds QuietTime{100};
+    // After a reply that a "." inside it ended early (the version), its tail is awaited: the
+    // next command goes out once the tail has ended, or the line has been quiet this long.
+    static constexpr std::chrono::milliseconds QuietTime{500};
 
     ConsoleSession(Console &console, ConsoleView &view);
     ConsoleSession(const ConsoleSession &) = delete;

@@ -123,7 +123,9 @@ void CommandChannel::judge(const QString &command)
 void CommandChannel::waitForQuiet()
 {
     const auto t0 = m_clock();
-    while (m_clock() - t0 < ReplyLimit && m_port.PortWaitForData(m_quiet))
+    // The tail's own CR LF "." is the reply's true end: nothing more is due after it.
+    while (!m_last.tail.endsWith("\r\n.") && m_clock() - t0 < ReplyLimit &&
+           m_port.PortWaitForData(m_quiet))
         m_last.tail += m_port.PortRead(m_port.PortInCount());
 }
 

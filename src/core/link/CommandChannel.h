@@ -82,9 +82,10 @@ public:
     // Called at the end of every exchange with the command and its outcome.
     using Observer = std::function<void(const QString &command, const Exchange &exchange)>;
     void setObserver(Observer observer) { m_observer = std::move(observer); }
-    // After a reply that a "." inside a value ended early, wait until the line has been quiet
-    // this long (at most ReplyLimit) before returning, so that the reply's tail is not taken
-    // for the next reply. Zero, the default, waits for nothing, as the window does.
+    // After a reply that a "." inside a value ended early, wait for its tail before returning,
+    // so that the tail is not taken for the next reply: until the tail ends in CR LF ".", or
+    // the line has been quiet this long, at most ReplyLimit. Zero, the default, waits for
+    // nothing, as the window does.
     void setQuietWait(std::chrono::milliseconds quiet) { m_quiet = quiet; }
     // True when `reply` starts with the echo of `command` and CR LF. A "." in a command cannot
     // come back as itself (it would end the reply), so any character stands for it.
