@@ -241,6 +241,9 @@ private slots:
         QCOMPARE(r.readBack.GetAllRawMappings(), cancelAt > 0);
         QCOMPARE(r.port.commands.size(), asked);
         QCOMPARE(r.model.MapStrings, asked - (!cancelAt && asked < 999));
+        QCOMPARE(r.readBack.lastEnd(), cancelAt      ? ReadBackEnd::Cancelled
+                                       : asked < 999 ? ReadBackEnd::TableEnd
+                                                     : ReadBackEnd::RowLimit);
         QCOMPARE(::filed(r), filed);
         QCOMPARE(r.view.text(Control::lblError),
                  asked < 999 ? u""_s
