@@ -59,9 +59,16 @@ void ConsoleSession::check(const QString &command, const Exchange &exchange)
             u"the reply to %1 is not whole: \"%2\""_s.arg(quoted, Console::printable(reply));
     // Clearing an output that has no row leaves it as wanted.
     else if (m_model->Response.startsWith(u"ERR"_s) &&
-             !(command.startsWith(u"ClrMap"_s) && m_model->Response == u"ERR NO MAP"_s))
-        m_failure = u"the tally system answered \"%1\" to %2"_s.arg(
+             !(command.startsWith(u"ClrMap"_s) && m_model->Response == u"ERR NO MAP"_s)) {
+        const QString text = u"the tally system answered \"%1\" to %2"_s.arg(
             Console::printable(m_model->Response), quoted);
+        // A unit that EnabledUnits names wrongly (or unit 0, when it is empty) is the
+        // description's business, not the matrix's: said, not fatal, as in the window.
+        if (command.startsWith(u"Uenable"_s))
+            m_console.note(text + u" (EnabledUnits in Kestrel.ini)"_s);
+        else
+            m_failure = text;
+    }
     if (failed() && m_onFailure)
         m_onFailure();
 }
