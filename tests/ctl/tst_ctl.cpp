@@ -170,9 +170,9 @@ private slots:
         row("verify, equal", 0, verify, Device, {}, {}, u"Comp"_s, Device);
         row("verify, different", 1, verify,
             lines("[1][1][2][1][1][0][0][0] [1][2][2][3][1][0][0][0] [1][3][2][3][1][0][0][0] "
-                  "[1][4][2][1][1][2][3][1] [1][6][2][1][1][0][0][0] [7][7][2][1][1][0][0][0]"),
+                  "[1][4][2][1][1][0][0][1] [1][6][2][1][1][0][0][0] [7][7][2][1][1][0][0][0]"),
             "output 2 \"Out 2\": file wants input 3 \"In 3\", device holds input 2 \"In 2\"\n"
-            "output 4 \"Out 4\": file wants input 1 \"In 1\" AND input 3 \"In 3\", device holds "
+            "output 4 \"Out 4\": file wants input 1 \"In 1\" AND \"Unassigned\", device holds "
             "input 1 \"In 1\" AND input 2 \"In 2\"\n"
             "output 6 \"Out 6\": file wants input 1 \"In 1\", device holds no mapping\n"
             "output 7/7 (not in Kestrel.ini): file wants input 1 \"In 1\", device holds no "
