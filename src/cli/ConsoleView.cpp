@@ -60,10 +60,9 @@ void ConsoleView::setCurrentRow(Control list, int row)
         m_current[list] = row;
 }
 
-MessageResult ConsoleView::messageBox(const QString &text, const QString &title,
-                                      MessageButtons buttons, MessageIcon, MessageResult)
+MessageResult ConsoleView::messageBox(const QString &, const QString &, MessageButtons buttons,
+                                      MessageIcon, MessageResult)
 {
-    m_messages << title + u": "_s + QString(text).replace(u"\r\n"_s, u" "_s).replace(u'\r', u' ');
     switch (buttons) {
     case MessageButtons::YesNo:
         return MessageResult::No;
@@ -76,5 +75,3 @@ MessageResult ConsoleView::messageBox(const QString &text, const QString &title,
 }
 
 void ConsoleView::processEvents() { QCoreApplication::processEvents(); }
-
-QStringList ConsoleView::takeMessages() { return std::exchange(m_messages, {}); }

@@ -12,8 +12,8 @@ class Console;
 
 // The main window as kestrelctl has it: no window at all. Texts, states and list rows are only
 // kept; the transmit lamp counts commands and the progress label feeds the progress line.
-// Nobody is there to answer a question: every question is answered No (or Cancel) and kept,
-// so that the command can fail with its meaning; plain messages are kept for the command too.
+// Nobody is there to answer a question: every question is answered No (or Cancel). The
+// commands learn how things went from the logic's results, not from what it shows.
 class ConsoleView : public MainView
 {
 public:
@@ -49,14 +49,10 @@ public:
     void processEvents() override;
     void beep() override {}
 
-    // The message boxes and questions so far, one line each ("title: text"), then forgotten.
-    QStringList takeMessages();
-
 private:
     Console &m_console;
     QHash<Control, QString> m_texts;
     QHash<Control, bool> m_checked;
     QHash<Control, QStringList> m_rows;
     QHash<Control, int> m_current;
-    QStringList m_messages;
 };
