@@ -53,8 +53,9 @@ bool FaultPlan::add(QStringView fault, QString *error)
 
 QByteArray FaultPlan::disturb(QByteArray reply, int command)
 {
-    if (command == m_lfLostAt) // one line feed lost: the one after the echo
-        reply.remove(reply.indexOf('\n'), 1);
+    // One line feed lost: the one after the echo.
+    if (const qsizetype lf = reply.indexOf('\n'); command == m_lfLostAt && lf >= 0)
+        reply.remove(lf, 1);
     if (m_garbage) {
         // Line noise of the reply's length, with the terminator at a random place. The raw
         // generator output is used directly so that a seed gives the same bytes everywhere.
