@@ -1,16 +1,18 @@
 // SPDX-FileCopyrightText: 2026 Kestrel configurator maintainers
 // SPDX-License-Identifier: MIT
 
-// A show file put onto the demo studio (48 outputs) whose tally system differs from it in 5
-// outputs: 3 routed from other inputs, 1 boolean with another second input, 1 mapped that the
-// file leaves unmapped. `kestrelctl load` (the window's full load: "Init", then every line)
-// against `kestrelctl apply` (only what differs), each run as a program against kestrel-sim at
-// 9600 bit/s. Prints the wall time of each and its dark output-seconds: summed over the
-// outputs that the file maps, the time each spends with no mapping at all on the tally system
-// between the first and the last command, replayed from the simulator's time-stamped log. A
-// run counts only when the simulator's table ends equal to the file.
+// A show file put onto a studio whose tally system differs from it in 5 outputs: 3 routed from
+// other inputs, 1 boolean with another second input, 1 mapped that the file leaves unmapped.
+// Two studios: the demo's (48 outputs) and a full one (999 outputs). `kestrelctl load` (the
+// window's full load: "Init", then every line) against `kestrelctl apply` (only what differs), each
+// run as a program against kestrel-sim at 9600 bit/s. Prints the wall time of each and its dark
+// output-seconds: summed over the outputs that the file maps, the time each spends with no mapping
+// at all on the tally system between the first and the last command, replayed from the simulator's
+// time-stamped log. A run counts only when the simulator's table ends equal to the file. Also
+// `kestrelctl read`, one read-back alone: apply's target is that plus the wire time of the commands
+// it adds, within 5 %.
 //
-//   bench_ctl_apply [RUNS]     RUNS of each, default 3
+//   bench_ctl_apply [RUNS]     RUNS of each on the demo studio, default 3; one on the full one
 
 #include <QCoreApplication>
 #include <QElapsedTimer>
@@ -111,6 +113,7 @@ struct Run
     double wall = 0;
     double dark = 0;
     int commands = 0;
+    double addedWire = 0; // seconds
     bool ok = false;
 };
 
@@ -129,9 +132,10 @@ Run runOnce(const QString &mode, const QTemporaryDir &dir, const QSet<Key> &devi
     QProcess ctl;
     QElapsedTimer clock;
     clock.start();
-    ctl.start(QStringLiteral(KESTRELCTL_PATH),
-              {u"--quiet"_s, u"--ini"_s, dir.filePath(u"Kestrel.ini"_s), mode,
-               dir.filePath(u"show.qvr"_s)});
+    QStringList arguments{u"--quiet"_s, u"--ini"_s, dir.filePath(u"Kestrel.ini"_s), mode};
+    if (mode != u"read"_s) // the table to standard output
+        arguments << dir.filePath(u"show.qvr"_s);
+    ctl.start(QStringLiteral(KESTRELCTL_PATH), arguments);
     ctl.waitForFinished(120000);
     Run r;
     r.wall = clock.elapsed() / 1000.0;
@@ -146,27 +150,28 @@ Run runOnce(const QString &mode, const QTemporaryDir &dir, const QSet<Key> &devi
         return rows;
     };
     r.ok = ctl.exitStatus() == QProcess::NormalExit && ctl.exitCode() == 0 &&
-           sorted(readFile(state)) == sorted(file);
+           (mode == u"read"_s || sorted(readFile(state)) == sorted(file));
+    // Line time of what apply sends beyond a read-back: each command out and echoed, its reply
+    // ("OK", or a map string for "GetMap") and the ".", 10 bits a character at 9600 bit/s.
+    static const QRegularExpression added(u"^\\S+ ((Map|AND|OR|Res|ClrMap|GetMap) .*|Comp)$"_s,
+                                          QRegularExpression::MultilineOption);
+    qsizetype bytes = -1; // the read-back's own "Comp" is not added
+    for (auto it = added.globalMatch(QString::fromLatin1(logText)); it.hasNext();) {
+        const QString command = it.next().captured(1);
+        bytes += 2 * (command.size() + 2) + (command.startsWith(u"GetMap"_s) ? 26 : 4) + 1;
+    }
+    r.addedWire = std::max<qsizetype>(0, bytes) * 10 / 9600.0;
     if (!r.ok)
         std::fprintf(stderr, "%s: %s", qPrintable(mode), ctl.readAllStandardError().constData());
     return r;
 }
 
-} // namespace
-
-int main(int argc, char *argv[])
+// Every output mapped, every sixth the AND of two inputs; the file differs in 5 outputs.
+bool runStudio(const char *title, const QTemporaryDir &dir, const QByteArray &ini, int runs)
 {
-    QCoreApplication app(argc, argv);
-    const int runs = argc > 1 ? std::max(1, atoi(argv[1])) : 3;
-    QTemporaryDir dir;
-    QByteArray ini = readFile(QStringLiteral(KESTREL_DEMO_INI));
-    ini.replace("@KESTREL_DEMO_DEVICE@", dir.filePath(u"tty"_s).toLocal8Bit());
     const QList<Key> outputs = entries(ini, "Output"), inputs = entries(ini, "Input");
-    if (outputs.size() != 48 || inputs.size() < 8 ||
-        !writeFile(dir.filePath(u"Kestrel.ini"_s), ini))
-        return std::fprintf(stderr, "the demo studio is not the one expected\n"), 1;
-
-    // Every output mapped; every sixth the AND of two inputs.
+    if (!writeFile(dir.filePath(u"Kestrel.ini"_s), ini))
+        return false;
     QStringList device, show;
     QSet<Key> onDevice, inFile;
     for (int i = 0; i < outputs.size(); ++i) {
@@ -186,15 +191,15 @@ int main(int argc, char *argv[])
     const QByteArray file = lines(show);
     if (!writeFile(dir.filePath(u"device.qvr"_s), lines(device)) ||
         !writeFile(dir.filePath(u"show.qvr"_s), file))
-        return 1;
+        return false;
 
-    std::printf("48-output demo studio, show file differing in 5 outputs, 9600 bit/s, %d runs "
-                "each (mean)\n",
-                runs);
-    QList<Run> load, apply;
+    std::printf("\n%s, show file differing in 5 outputs, 9600 bit/s, %d run(s) each (mean)\n",
+                title, runs);
+    QList<Run> load, apply, read;
     for (int n = 0; n < runs; ++n) {
         load << runOnce(u"load"_s, dir, onDevice, inFile, file);
         apply << runOnce(u"apply"_s, dir, onDevice, inFile, file);
+        read << runOnce(u"read"_s, dir, onDevice, inFile, file);
     }
     auto mean = [](const QList<Run> &rs, auto field) {
         double s = 0;
@@ -205,14 +210,49 @@ int main(int argc, char *argv[])
     auto allOk = [](const QList<Run> &rs) {
         return std::all_of(rs.begin(), rs.end(), [](const Run &r) { return r.ok; });
     };
-    std::printf("%-28s %12s %12s\n", "", "full load", "apply");
-    std::printf("%-28s %12.2f %12.2f\n", "wall time (s)", mean(load, &Run::wall),
-                mean(apply, &Run::wall));
+    std::printf("%-28s %12s %12s %12s\n", "", "full load", "apply", "read");
+    std::printf("%-28s %12.2f %12.2f %12.2f\n", "wall time (s)", mean(load, &Run::wall),
+                mean(apply, &Run::wall), mean(read, &Run::wall));
     std::printf("%-28s %12.2f %12.2f\n", "dark output-seconds", mean(load, &Run::dark),
                 mean(apply, &Run::dark));
-    std::printf("%-28s %12d %12d\n", "commands on the wire", load.first().commands,
-                apply.first().commands);
+    std::printf("%-28s %12d %12d %12d\n", "commands on the wire", load.first().commands,
+                apply.first().commands, read.first().commands);
     std::printf("%-28s %12s %12s\n", "table equal to the file", allOk(load) ? "yes" : "NO",
                 allOk(apply) ? "yes" : "NO");
-    return allOk(load) && allOk(apply) ? 0 : 1;
+    const double target = mean(read, &Run::wall) + mean(apply, &Run::addedWire);
+    std::printf("apply %.2f s against one read-back plus its %.2f s of added commands, %.2f s: "
+                "%+.1f %% (target: within 5 %%)\n",
+                mean(apply, &Run::wall), mean(apply, &Run::addedWire), target,
+                (mean(apply, &Run::wall) / target - 1) * 100);
+    return allOk(load) && allOk(apply) && allOk(read);
+}
+
+} // namespace
+
+int main(int argc, char *argv[])
+{
+    QCoreApplication app(argc, argv);
+    const int runs = argc > 1 ? std::max(1, atoi(argv[1])) : 3;
+    QTemporaryDir dir;
+    const QByteArray device = dir.filePath(u"tty"_s).toLocal8Bit();
+    QByteArray demo = readFile(QStringLiteral(KESTREL_DEMO_INI));
+    demo.replace("@KESTREL_DEMO_DEVICE@", device);
+    if (entries(demo, "Output").size() != 48 || entries(demo, "Input").size() < 8)
+        return std::fprintf(stderr, "the demo studio is not the one expected\n"), 1;
+    // 999 outputs on units 1 to 32, 32 inputs on unit 40.
+    QByteArray full = "[Kestrel]\r\nSystem=Full\r\nCommDevice=" + device + "\r\nEnabledUnits=";
+    for (int u = 1; u <= 32; ++u)
+        full += QByteArray::number(u) + ',';
+    full += "40\r\n";
+    for (int n = 1; n <= 999; ++n)
+        full += QStringLiteral("Output %1=Out %1,%2,%3\r\n")
+                    .arg(n)
+                    .arg((n - 1) / 32 + 1)
+                    .arg((n - 1) % 32 + 1)
+                    .toLatin1();
+    for (int n = 1; n <= 32; ++n)
+        full += QStringLiteral("Input %1=In %1,40,%1\r\n").arg(n).toLatin1();
+    const bool ok = runStudio("48-output demo studio", dir, demo, runs) &&
+                    runStudio("999-output studio", dir, full, 1);
+    return ok ? 0 : 1;
 }

@@ -14,6 +14,16 @@ constexpr std::chrono::milliseconds RedrawInterval{100};
 
 Console::Console(bool quiet, bool progress) : m_quiet(quiet), m_progress(progress && !quiet) {}
 
+QString Console::printable(const QString &text, qsizetype max)
+{
+    QString out = text.left(max);
+    for (QChar &c : out) {
+        if (c.unicode() < 0x20 || c.unicode() >= 0x7F)
+            c = u'?';
+    }
+    return out;
+}
+
 bool Console::write(const QByteArray &bytes)
 {
     clearLine();
@@ -36,8 +46,9 @@ void Console::note(const QString &text)
         error(text);
 }
 
-void Console::begin(const QString &phase, int plannedCommands)
+void Console::begin(const QString &phase, int plannedCommands, int bytesPerExchange)
 {
+    m_bytesPerExchange = bytesPerExchange;
     m_phase = phase;
     m_status.clear();
     m_planned = plannedCommands;
@@ -72,7 +83,7 @@ void Console::draw()
     text += u"%1 commands sent"_s.arg(m_sent);
     if (m_planned > m_sent) {
         const double seconds =
-            double(m_planned - m_sent) * BytesPerExchange * BitsPerCharacter / LineBitsPerSecond;
+            double(m_planned - m_sent) * m_bytesPerExchange * BitsPerCharacter / LineBitsPerSecond;
         text += u" of %1, about %2 s left"_s.arg(m_planned).arg(seconds, 0, 'f', 1);
     }
     // \r and clear to the end of the line: the line is rewritten in place.

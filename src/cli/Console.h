@@ -23,10 +23,16 @@ public:
     static constexpr int LineBitsPerSecond = 9600;
     static constexpr int BitsPerCharacter = 10;
     static constexpr int BytesPerExchange = 37; // a "Map" command of two-digit numbers and "OK"
+    // A "RawMap" of a two-digit row and its map string.
+    static constexpr int BytesPerRow = 49;
 
     Console(bool quiet, bool progress);
 
     bool quiet() const { return m_quiet; }
+
+    // Text from a file or the line, safe for a terminal: control characters and anything
+    // outside ASCII become "?", and at most `max` characters are kept.
+    static QString printable(const QString &text, qsizetype max = 60);
 
     // Bytes as they are to standard output; false when they could not all be written.
     bool write(const QByteArray &bytes);
@@ -37,8 +43,10 @@ public:
     // One line "kestrelctl: text" to standard error unless --quiet.
     void note(const QString &text);
 
-    // Progress: a phase begins, with the number of commands it will send (0: not known).
-    void begin(const QString &phase, int plannedCommands = 0);
+    // Progress: a phase begins, with the number of commands it will send (0: not known) and
+    // the bytes each takes on the line, there and back.
+    void begin(const QString &phase, int plannedCommands = 0,
+               int bytesPerExchange = BytesPerExchange);
     void commandSent();
     // The logic's own progress text ("Downloading  5", "Mapping  12").
     void status(const QString &text);
@@ -55,6 +63,7 @@ private:
     QString m_phase;
     QString m_status;
     int m_planned = 0;
+    int m_bytesPerExchange = BytesPerExchange;
     int m_sent = 0;
     std::chrono::steady_clock::time_point m_lastDraw{};
 };

@@ -20,23 +20,82 @@ using namespace Qt::StringLiterals;
 ConsoleSession::ConsoleSession(Console &console, ConsoleView &view)
     : m_console(console), m_view(view), m_model(std::make_unique<SystemModel>()),
       m_channel(*m_model, view, m_port), m_lists(*m_model, view), m_clearing(*m_model, view),
-      m_commands(*m_model, m_channel), m_connection(*m_model, view, m_channel),
+      m_commands(*m_model, m_channel),
       m_readBack(*m_model, view, m_channel, m_lists, m_clearing, m_commands),
       m_mapping(*m_model, view, m_channel, m_commands, m_lists),
       m_files(*m_model, view, m_mapping, m_readBack, m_commands, m_clearing, m_lists)
 {
+    m_channel.setQuietWait(QuietTime);
+    m_channel.setObserver(
+        [this](const QString &command, const Exchange &exchange) { check(command, exchange); });
+    m_readBack.setStrict(true);
+}
+
+void ConsoleSession::check(const QString &command, const Exchange &exchange)
+{
+    ++m_exchanges;
+    if (failed())
+        return;
+    const QString quoted = u"\""_s + Console::printable(command) + u"\""_s;
+    const QString &reply = m_model->IBuffer;
+    // Only the version holds a "." of its own.
+    const bool version = command.trimmed().compare(u"VER"_s, Qt::CaseInsensitive) == 0;
+    if (exchange.outcome == ExchangeOutcome::TimedOut && reply.isEmpty())
+        m_failure = noReplyText() + u" to "_s + quoted;
+    else if (exchange.outcome == ExchangeOutcome::TimedOut)
+        m_failure = u"the reply to %1 was cut short: no \".\" within %2 s (\"%3\")"_s.arg(quoted)
+                        .arg(CommandChannel::ReplyLimit.count() / 1000.0)
+                        .arg(Console::printable(reply));
+    else if (exchange.outcome == ExchangeOutcome::OutOfStep)
+        m_failure = u"the reply to %1 is not its own (garbled, out of step or a line end lost): "
+                    u"\"%2\""_s.arg(quoted, Console::printable(reply));
+    // Before the first command, bytes may wait from before this session: the probe's empty
+    // line is there to clear them.
+    else if (exchange.discarded > 0 && m_exchanges > 1)
+        m_failure = u"%1 bytes came after the end of the reply before %2"_s.arg(exchange.discarded)
+                        .arg(quoted);
+    else if (!exchange.whole && !version)
+        m_failure =
+            u"the reply to %1 is not whole: \"%2\""_s.arg(quoted, Console::printable(reply));
+    // Clearing an output that has no row leaves it as wanted.
+    else if (m_model->Response.startsWith(u"ERR"_s) &&
+             !(command.startsWith(u"ClrMap"_s) && m_model->Response == u"ERR NO MAP"_s)) {
+        const QString text = u"the tally system answered \"%1\" to %2"_s.arg(
+            Console::printable(m_model->Response), quoted);
+        // A unit that EnabledUnits names wrongly (or unit 0, when it is empty) is the
+        // description's business, not the matrix's: said, not fatal, as in the window.
+        if (command.startsWith(u"Uenable"_s))
+            m_console.note(text + u" (EnabledUnits in Kestrel.ini)"_s);
+        else
+            m_failure = text;
+    }
+    if (failed() && m_onFailure)
+        m_onFailure();
 }
 
 bool ConsoleSession::describe(const QString &iniPath, QString *error)
 {
     SystemDescription description = SystemDescription::fromFile(iniPath);
     if (!description.IniRead(*m_model)) {
-        if (!QFileInfo(iniPath).isFile())
+        using Outcome = SystemDescription::Outcome;
+        switch (description.outcome()) {
+        case Outcome::Missing:
             *error = u"no Kestrel.ini at %1 (--ini names another)"_s.arg(iniPath);
-        else if (QFile file(iniPath); !file.open(QIODevice::ReadOnly))
-            *error = u"cannot read %1: %2"_s.arg(iniPath, file.errorString());
-        else
+            break;
+        case Outcome::NotAFile:
+            *error = u"%1 is not a file"_s.arg(iniPath);
+            break;
+        case Outcome::TooLarge:
+            *error = u"%1 is too large for a Kestrel.ini"_s.arg(iniPath);
+            break;
+        case Outcome::Unreadable:
+        case Outcome::Read:
+            *error = u"cannot read %1"_s.arg(iniPath);
+            break;
+        case Outcome::NoSystem:
             *error = u"%1 is no Kestrel.ini: it names no System in [Kestrel]"_s.arg(iniPath);
+            break;
+        }
         return false;
     }
     if (!description.limitWarning().isEmpty())
@@ -105,33 +164,50 @@ QString ConsoleSession::noReplyText() const
 
 bool ConsoleSession::goOnline(QString *error)
 {
+    // The window's probe ("", then CR "VER"), each reply checked; a first failure ends it,
+    // where the window would go on to ask for the version on a line that already failed.
     m_console.begin(u"probing"_s);
-    const bool online = m_connection.GoOnline();
+    for (const QString &command : {QString(), u"\rVER"_s}) {
+        if (!failed())
+            m_channel.SendCommand(command);
+    }
     m_console.end();
-    m_view.takeMessages(); // the retry question, answered No, and "Going To Offline Mode"
-    if (!online)
-        *error = noReplyText() + u" (No Communications to Tally system)"_s;
-    return online;
+    m_model->Online = !failed();
+    if (failed())
+        *error = m_failure;
+    return !failed();
 }
 
 bool ConsoleSession::readTable(QStringList *lines, QString *error)
 {
-    m_view.resetCommErrors();
-    m_console.begin(u"reading back"_s);
+    // Reckoned as a row for every declared output, "Comp" and the row that ends the table.
+    m_console.begin(u"reading back"_s, m_model->NumberOfOutputs + 2, Console::BytesPerRow);
     // As the window's Save: a table with cleared rows in it would end at the first of them.
     m_readBack.MapTableCompress();
-    *lines = m_files.SavedLines();
+    if (!failed())
+        *lines = m_files.SavedLines();
     m_console.end();
-    if (m_view.commErrors() > 0) {
+    const int rows = m_model->MapStrings;
+    if (failed()) {
+        *error = m_failure + u" (after %1 rows of the table)"_s.arg(rows);
+        return false;
+    }
+    switch (m_readBack.lastEnd()) {
+    case ReadBackEnd::TableEnd:
+        return true;
+    case ReadBackEnd::RowLimit:
         *error =
-            noReplyText() + u": the table was read up to row %1 only"_s.arg(m_model->MapStrings);
-        return false;
+            u"the table holds more than %1 rows: row %2 is not its end"_s.arg(rows).arg(rows + 1);
+        break;
+    case ReadBackEnd::FailedExchange:
+        *error = u"row %1 of the table is not a map string: \"%2\""_s.arg(rows + 1).arg(
+            Console::printable(m_model->Response));
+        break;
+    case ReadBackEnd::Cancelled:
+        *error = u"the read-back stopped after %1 rows"_s.arg(rows);
+        break;
     }
-    if (m_view.text(Control::lblError) == ReadBack::LimitText()) {
-        *error = ReadBack::LimitText();
-        return false;
-    }
-    return true;
+    return false;
 }
 
 bool ConsoleSession::connect(const QString &device, QString *error)
@@ -148,11 +224,17 @@ bool ConsoleSession::readFileAndTable(const QString &path, const QString &device
 
 bool ConsoleSession::readTallyFile(const QString &path, QList<MapFields> *maps, QString *error)
 {
-    QStringList fields;
+    QStringList lines;
     QString reason;
-    if (!TallyFile::read(path, &fields, &reason) ||
-        !MatrixComparison::parse(fields, maps, &reason)) {
-        *error = u"tally file %1: %2"_s.arg(path, reason);
+    // "-" is standard input, as for read's standard output.
+    QFile in;
+    const bool fromStdin = path == u"-"_s;
+    const bool read = fromStdin
+                          ? in.open(stdin, QIODevice::ReadOnly) &&
+                                TallyFile::lines(in.read(TallyFile::MaxBytes + 1), &lines, &reason)
+                          : TallyFile::readLines(path, &lines, &reason);
+    if (!read || !MatrixComparison::parse(lines, maps, &reason)) {
+        *error = u"tally file %1: %2"_s.arg(fromStdin ? u"on standard input"_s : path, reason);
         return false;
     }
     return true;

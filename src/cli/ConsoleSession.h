@@ -6,7 +6,6 @@
 #include "cli/ConsoleView.h"
 #include "files/TallyFiles.h"
 #include "link/CommandChannel.h"
-#include "link/Connection.h"
 #include "link/DeviceCommands.h"
 #include "link/DevicePort.h"
 #include "matrix/Clearing.h"
@@ -19,6 +18,8 @@
 #include <QString>
 #include <QStringList>
 
+#include <chrono>
+#include <functional>
 #include <memory>
 
 class Console;
@@ -26,9 +27,16 @@ class Console;
 // The configurator's logic put together on the console view and one serial port, as the
 // window's Configurator does on the window: the same parts, so that kestrelctl sends exactly
 // what the window sends. The steps of a start each fail with one line saying why.
+// Unlike the window it trusts no reply it cannot check: every exchange must be complete, its
+// reply its own command's, whole, and no error reply; the first one that is not is kept as the
+// session's failure, and the commands stop there.
 class ConsoleSession
 {
 public:
+    // After a reply that a "." inside it ended early (the version), its tail is awaited: the
+    // next command goes out once the tail has ended, or the line has been quiet this long.
+    static constexpr std::chrono::milliseconds QuietTime{500};
+
     ConsoleSession(Console &console, ConsoleView &view);
     ConsoleSession(const ConsoleSession &) = delete;
     ConsoleSession &operator=(const ConsoleSession &) = delete;
@@ -37,7 +45,7 @@ public:
     bool describe(const QString &iniPath, QString *error);
     // Opens the description's port, or `device` when it is not empty.
     bool open(const QString &device, QString *error);
-    // The window's probe; the question whether to try again is answered No.
+    // The window's probe, without its retry question and version query.
     bool goOnline(QString *error);
     // The whole table, as the window's online Save reads it: "Comp", then every row until the
     // end of the table. Fails when the tally system stopped answering before the end.
@@ -45,6 +53,12 @@ public:
 
     // open, then goOnline.
     bool connect(const QString &device, QString *error);
+    // The first exchange that was not acceptable, in one line; "" while all were.
+    const QString &failure() const { return m_failure; }
+    bool failed() const { return !m_failure.isEmpty(); }
+    // Called once, when the failure is first recorded.
+    void setFailureHandler(std::function<void()> handler) { m_onFailure = std::move(handler); }
+
     // A tally file's map strings, read and checked before anything is sent.
     static bool readTallyFile(const QString &path, QList<MapFields> *maps, QString *error);
     // What verify and apply start with: the file checked, then the tally system's table read.
@@ -68,6 +82,7 @@ public:
 private:
     // "kestrel (process 1234)" for the program that holds the port at `path` locked, or "".
     static QString holderOf(const QString &path);
+    void check(const QString &command, const Exchange &exchange);
 
     Console &m_console;
     ConsoleView &m_view;
@@ -77,8 +92,10 @@ private:
     MatrixLists m_lists;
     Clearing m_clearing;
     DeviceCommands m_commands;
-    Connection m_connection;
     ReadBack m_readBack;
     Mapping m_mapping;
     TallyFiles m_files;
+    QString m_failure;
+    int m_exchanges = 0;
+    std::function<void()> m_onFailure;
 };

@@ -30,6 +30,7 @@ public:
 
     // From now on changes are printed; before, the window's own reset only sets the lamps.
     void startPrinting();
+    void stopPrinting() { m_printing = false; }
     const QString &statusText() const { return m_status; }
     // "HH:mm:ss.zzz unit N " before each line.
     QString stamp() const;

@@ -9,22 +9,13 @@
 
 using namespace Qt::StringLiterals;
 
-const QString ConsoleView::CommError = u"Comm Error!"_s;
-
 ConsoleView::ConsoleView(Console &console) : m_console(console) {}
 
 void ConsoleView::setText(Control control, const QString &text)
 {
     m_texts[control] = text;
-    if (control == Control::lblDownloading) {
+    if (control == Control::lblDownloading)
         m_console.status(text);
-    } else if (control == Control::lblError && text == CommError) {
-        ++m_commErrors;
-        if (m_onCommError)
-            m_onCommError();
-    } else if (control == Control::lblError && !text.isEmpty()) {
-        m_lastError = text;
-    }
 }
 
 QString ConsoleView::text(Control control) const { return m_texts.value(control); }
@@ -69,10 +60,9 @@ void ConsoleView::setCurrentRow(Control list, int row)
         m_current[list] = row;
 }
 
-MessageResult ConsoleView::messageBox(const QString &text, const QString &title,
-                                      MessageButtons buttons, MessageIcon, MessageResult)
+MessageResult ConsoleView::messageBox(const QString &, const QString &, MessageButtons buttons,
+                                      MessageIcon, MessageResult)
 {
-    m_messages << title + u": "_s + QString(text).replace(u"\r\n"_s, u" "_s).replace(u'\r', u' ');
     switch (buttons) {
     case MessageButtons::YesNo:
         return MessageResult::No;
@@ -85,5 +75,3 @@ MessageResult ConsoleView::messageBox(const QString &text, const QString &title,
 }
 
 void ConsoleView::processEvents() { QCoreApplication::processEvents(); }
-
-QStringList ConsoleView::takeMessages() { return std::exchange(m_messages, {}); }

@@ -8,14 +8,12 @@
 #include <QHash>
 #include <QStringList>
 
-#include <functional>
-
 class Console;
 
 // The main window as kestrelctl has it: no window at all. Texts, states and list rows are only
 // kept; the transmit lamp counts commands and the progress label feeds the progress line.
-// Nobody is there to answer a question: every question is answered No (or Cancel) and kept,
-// so that the command can fail with its meaning; plain messages are kept for the command too.
+// Nobody is there to answer a question: every question is answered No (or Cancel). The
+// commands learn how things went from the logic's results, not from what it shows.
 class ConsoleView : public MainView
 {
 public:
@@ -51,26 +49,10 @@ public:
     void processEvents() override;
     void beep() override {}
 
-    // Exchanges that ended without a complete reply since the last reset.
-    int commErrors() const { return m_commErrors; }
-    void resetCommErrors() { m_commErrors = 0; }
-    // Called at every exchange that ends without a complete reply.
-    void setCommErrorHandler(std::function<void()> handler) { m_onCommError = std::move(handler); }
-    // The last text other than "" and "Comm Error!" that the logic put into lblError.
-    const QString &lastError() const { return m_lastError; }
-    // The message boxes and questions so far, one line each ("title: text"), then forgotten.
-    QStringList takeMessages();
-
-    static const QString CommError;
-
 private:
     Console &m_console;
     QHash<Control, QString> m_texts;
     QHash<Control, bool> m_checked;
     QHash<Control, QStringList> m_rows;
     QHash<Control, int> m_current;
-    QStringList m_messages;
-    QString m_lastError;
-    int m_commErrors = 0;
-    std::function<void()> m_onCommError;
 };

@@ -16,6 +16,7 @@
 #include <QCommandLineParser>
 #include <QCoreApplication>
 #include <QDir>
+#include <QFileInfo>
 
 #include <unistd.h>
 
@@ -30,8 +31,10 @@ const QString Commands =
     u"  load [--partial] FILE    the window's Load (Partial Load): the same commands\n"
     u"  verify FILE              compare the matrix with FILE; status 0 equal, 1 different\n"
     u"  apply [--partial] FILE   send only what differs from FILE, then verify\n"
-    u"  send COMMAND...          one raw command; its raw reply on standard output\n"
+    u"  send COMMAND...          one raw command, every word after send (options go\n"
+    u"                           before it); its raw reply on standard output\n"
     u"  watch UNIT [--for SECONDS]  a unit's bits and status, five times a second\n"
+    u"FILE - is standard input (load, verify, apply) or standard output (read).\n"
     u"Failures: one line on standard error and status 2."_s;
 
 struct Usage
@@ -49,6 +52,24 @@ const QList<Usage> Usages = {
     {u"verify"_s, 1, 1, false, false, false}, {u"apply"_s, 1, 1, true, false, false},
     {u"send"_s, 1, -1, false, false, false},  {u"watch"_s, 1, 1, false, false, true},
 };
+
+// Everything after "send" is the raw command, "-5" included: a "--" goes in behind it.
+QStringList withRawSend(QStringList arguments)
+{
+    for (qsizetype i = 1; i < arguments.size(); ++i) {
+        const QString &a = arguments[i];
+        if (a == u"--"_s)
+            break;
+        if (a == u"--ini"_s || a == u"--device"_s || a == u"--for"_s) {
+            ++i; // its value
+        } else if (!a.startsWith(u'-')) {
+            if (a == u"send"_s)
+                arguments.insert(i + 1, u"--"_s);
+            break;
+        }
+    }
+    return arguments;
+}
 
 } // namespace
 
@@ -74,15 +95,26 @@ int Kestrelctl::run(const QStringList &arguments)
                                      u"load, apply: add to the matrix, unmap nothing."_s);
     const QCommandLineOption overwrite(u"overwrite"_s, u"read: replace an existing FILE."_s);
     const QCommandLineOption duration(u"for"_s, u"watch: end after SECONDS."_s, u"SECONDS"_s);
-    parser.addOptions({ini, device, quiet, partial, overwrite, duration});
-    const QCommandLineOption help = parser.addHelpOption();
+    // Not addHelpOption(): its --help-all lists options of a GUI application this is not.
+    const QCommandLineOption help({u"h"_s, u"help"_s}, u"Displays this help."_s);
+    parser.addOptions({ini, device, quiet, partial, overwrite, duration, help});
     const QCommandLineOption version = parser.addVersionOption();
     parser.addPositionalArgument(u"command"_s, u"read, load, verify, apply, send or watch."_s);
     parser.addPositionalArgument(u"arguments"_s, u"The command's arguments."_s, u"[...]"_s);
 
     Console console(false, false);
-    if (!parser.parse(arguments)) {
-        console.error(parser.errorText() + u" (kestrelctl --help lists the options)"_s);
+    if (!parser.parse(withRawSend(arguments))) {
+        // Worded as the other messages: lower case, no full stop.
+        const QStringList unknown = parser.unknownOptionNames();
+        QString text = parser.errorText();
+        if (!unknown.isEmpty())
+            text = u"no option %1%2"_s.arg(unknown.first().size() == 1 ? u"-"_s : u"--"_s,
+                                           unknown.first());
+        else if (!text.isEmpty())
+            text = text.left(1).toLower() + text.mid(1);
+        if (text.endsWith(u'.'))
+            text.chop(1);
+        console.error(text + u" (kestrelctl --help lists the options)"_s);
         return ExitFailure;
     }
     if (parser.isSet(help))
@@ -126,11 +158,17 @@ int Kestrelctl::run(const QStringList &arguments)
     ConsoleView view(out);
     ConsoleSession session(out, view);
     QString error;
-    if (!session.describe(parser.isSet(ini) ? parser.value(ini) : defaultIniPath(), &error)) {
+    // A raw command to a port named here needs no description of the studio.
+    const bool needsIni = command != u"send"_s || !parser.isSet(device) || parser.isSet(ini);
+    if (needsIni &&
+        !session.describe(parser.isSet(ini) ? parser.value(ini) : defaultIniPath(), &error)) {
         out.error(error);
         return ExitFailure;
     }
-    const QString port = parser.value(device);
+    QString port = parser.value(device);
+    // "tty" is a file here, not the terminal the serial port library would make of it.
+    if (!port.isEmpty() && !port.contains(u"://"_s))
+        port = QFileInfo(port).absoluteFilePath();
     const QString file = words.value(0);
     if (command == u"read"_s)
         return ReadCommand(session, out).run(file, parser.isSet(overwrite), port);

@@ -27,25 +27,28 @@ int LoadCommand::run(const QString &file, bool partial, const QString &device)
     for (const MapFields &m : maps)
         planned += MatrixComparison::isMapped(m) && m[7] == PlainMapping ? 1 : 2;
 
-    ConsoleView &view = m_session.view();
-    view.resetCommErrors();
+    // The window's load, line by line with the same calls, but stopped at the first reply
+    // that is not right: "Init" and the units first, then "Map" (and "AND" or "OR") a line,
+    // "Res" and "ClrMap" for a line without input.
     m_console.begin(partial ? u"partial load"_s : u"load"_s, planned);
-    const bool loaded = m_session.files().LoadMatrixMappings(file, partial ? u"Part"_s : u"Full"_s);
+    if (!partial) {
+        m_session.commands().SystemInit();
+        m_session.commands().EnableUnits();
+    }
+    Mapping &mapping = m_session.mapping();
+    int sent = 0;
+    for (; sent < maps.size() && !m_session.failed(); ++sent) {
+        const MapFields &m = maps[sent];
+        if (mapping.SetMapping(m[0], m[1], m[2], m[3]) && m[7] != PlainMapping &&
+            !m_session.failed())
+            mapping.SetBoolMapping(m[0], m[1], m[2], m[3], m[5], m[6], m[7]);
+    }
     m_console.end();
-    const QStringList messages = view.takeMessages();
-    if (!loaded) {
-        m_console.error(messages.value(0, u"tally file %1 could not be loaded"_s.arg(file)));
-        return ExitFailure;
-    }
-    if (view.commErrors() > 0) {
-        m_console.error(
-            m_session.noReplyText() +
-            u" to %1 of the commands: the tally system may not hold the whole file"_s.arg(
-                view.commErrors()));
-        return ExitFailure;
-    }
-    if (!view.lastError().isEmpty()) {
-        m_console.error(view.lastError());
+    if (m_session.failed()) {
+        m_console.error((sent == 0
+                             ? m_session.failure() + u" before the first line of %1"_s.arg(file)
+                             : u"line %1 of %2: "_s.arg(sent).arg(file) + m_session.failure()) +
+                        u"; the tally system may hold part of the file"_s);
         return ExitFailure;
     }
     return ExitSuccess;

@@ -3,6 +3,7 @@
 
 #include "cli/MatrixComparison.h"
 
+#include "cli/Console.h"
 #include "matrix/Lookup.h"
 #include "matrix/Mapping.h"
 
@@ -23,29 +24,27 @@ bool inRange(qint16 n) { return n >= Mapping::LowestNumber && n <= Mapping::High
 
 } // namespace
 
-bool MatrixComparison::parse(const QStringList &fields, QList<MapFields> *maps, QString *error)
+bool MatrixComparison::parse(const QStringList &lines, QList<MapFields> *maps, QString *error)
 {
-    if (fields.size() > TableSize) {
-        *error = u"it holds %1 map strings, more than the %2 a tally system table holds"_s
-                     .arg(fields.size())
+    if (lines.size() > TableSize) {
+        *error = u"it holds %1 lines, more than the %2 map strings a tally system table holds"_s
+                     .arg(lines.size())
                      .arg(TableSize);
         return false;
     }
     maps->clear();
-    for (qsizetype n = 0; n < fields.size(); ++n) {
-        const MapFields m = ReadMapFields(fields[n]);
-        const bool boolean = m[7] != PlainMapping;
-        const bool ok = fields[n].count(u'[') >= 4 && m[0] >= 1 &&
-                        std::all_of(m.begin(), m.begin() + 4, inRange) &&
-                        (!boolean || (inRange(m[5]) && inRange(m[6]))) && m[7] >= PlainMapping &&
-                        m[7] <= OrMapping;
+    for (qsizetype n = 0; n < lines.size(); ++n) {
+        const std::optional<MapFields> m = ReadStrictMapFields(lines[n]);
+        const bool ok = m && (*m)[0] >= 1 && std::all_of(m->begin(), m->begin() + 4, inRange) &&
+                        inRange((*m)[5]) && inRange((*m)[6]) && (*m)[7] >= PlainMapping &&
+                        (*m)[7] <= OrMapping;
         if (!ok) {
-            *error = u"entry %1, \"%2\", is not a map string (four numbers or more, "
+            *error = u"line %1, \"%2\", is not a map string (eight bracketed numbers, "
                      u"output unit 1 to 999, numbers 0 to 999, mode 0 to 2)"_s.arg(n + 1)
-                         .arg(fields[n].left(60));
+                         .arg(Console::printable(lines[n]));
             return false;
         }
-        *maps << m;
+        *maps << *m;
     }
     return true;
 }
@@ -76,6 +75,7 @@ QList<MatrixComparison::Output> MatrixComparison::outputs(const QList<MapFields>
         o.unit = m[0];
         o.channel = m[1];
         o.wanted = m; // a later line for the same output wins, as in a load
+        o.line = int(&m - file.data()) + 1;
     }
     if (!fileOnly) {
         for (int row = 1; row <= m_model.MapStrings && InTable(row); ++row) {
@@ -132,6 +132,8 @@ QString MatrixComparison::outputName(qint16 unit, qint16 channel) const
 
 QString MatrixComparison::inputName(qint16 unit, qint16 channel) const
 {
+    if (unit == 0 && channel == 0)
+        return u"\"%1\""_s.arg(m_model.InputName[0]);
     const int j = SearchInputList(m_model, unit, channel);
     if (j >= 1 && j <= m_model.NumberOfInputs)
         return u"input %1 \"%2\""_s.arg(j).arg(m_model.InputName[j]);

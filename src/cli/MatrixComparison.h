@@ -26,12 +26,13 @@ public:
         qint16 channel = 0;
         std::optional<MapFields> wanted; // the file's last line for it; none: not in the file
         std::optional<MapFields> held;   // the table's last row for it; none: no row
+        int line = 0;                    // the file's line for it, from 1; 0: none
     };
 
-    // The map strings of a tally file; false when one is not a map string this program can
-    // send (at least output and input, an output unit of 1 to 999, every number 0 to 999,
-    // mode 0, 1 or 2).
-    static bool parse(const QStringList &fields, QList<MapFields> *maps, QString *error);
+    // The lines of a tally file; false when one is not a map string this program can send
+    // (exactly eight bracketed numbers, an output unit of 1 to 999, units and channels 0 to
+    // 999, mode 0, 1 or 2).
+    static bool parse(const QStringList &lines, QList<MapFields> *maps, QString *error);
 
     // `model` names the outputs and inputs and holds the table read back (RawMap rows 1 to
     // MapStrings).

@@ -21,17 +21,20 @@ int RawCommand::run(const QStringList &words, const QString &device)
         m_console.error(error);
         return ExitFailure;
     }
-    ConsoleView &view = m_session.view();
-    view.resetCommErrors();
-    m_session.channel().SendCommand(words.join(u' '));
-    const QString &reply = m_session.model().IBuffer;
-    if (!reply.isEmpty() && !m_console.write(reply.toLatin1() + '\n')) {
+    const QString command = words.join(u' ');
+    m_session.channel().SendCommand(command);
+    const Exchange &exchange = m_session.channel().lastExchange();
+    // The whole reply, a version's tail after its early "." included.
+    const QByteArray reply = m_session.model().IBuffer.toLatin1() + exchange.tail;
+    if (!reply.isEmpty() && !m_console.write(reply + '\n')) {
         m_console.error(u"the reply could not be written to standard output"_s);
         return ExitFailure;
     }
-    if (view.commErrors() > 0) {
-        m_console.error(reply.isEmpty() ? m_session.noReplyText()
-                                        : m_session.noReplyText() + u": the reply is cut short"_s);
+    // An error reply is the device's answer and goes out as such; a reply that is not this
+    // command's own is a failure. Bytes waiting from before are flushed, as by the window.
+    if (exchange.outcome != ExchangeOutcome::Complete) {
+        QString failure = m_session.failure();
+        m_console.error(failure.isEmpty() ? m_session.noReplyText() : failure);
         return ExitFailure;
     }
     return ExitSuccess;

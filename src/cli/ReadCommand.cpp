@@ -24,6 +24,13 @@ int ReadCommand::run(const QString &file, bool overwrite, const QString &device)
         m_console.error(u"%1 exists already: --overwrite replaces it"_s.arg(file));
         return ExitFailure;
     }
+    // Before the read-back, not a minute later.
+    if (const QFileInfo folder(QFileInfo(file).absolutePath());
+        !toStdout && (!folder.isDir() || !folder.isWritable())) {
+        m_console.error(u"%1 cannot be written: the folder %2 %3"_s.arg(
+            file, folder.filePath(), folder.isDir() ? u"is not writable"_s : u"does not exist"_s));
+        return ExitFailure;
+    }
     QString error;
     QStringList lines;
     if (!m_session.connect(device, &error) || !m_session.readTable(&lines, &error)) {

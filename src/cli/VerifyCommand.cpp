@@ -7,6 +7,8 @@
 #include "cli/ConsoleSession.h"
 #include "cli/MatrixComparison.h"
 
+using namespace Qt::StringLiterals;
+
 VerifyCommand::VerifyCommand(ConsoleSession &session, Console &console)
     : m_session(session), m_console(console)
 {
@@ -22,7 +24,12 @@ int VerifyCommand::run(const QString &file, const QString &device)
     }
     const MatrixComparison comparison(m_session.model());
     const QList<MatrixComparison::Output> differences = comparison.differences(maps, false);
+    bool written = true;
     for (const MatrixComparison::Output &o : differences)
-        m_console.line(comparison.describe(o));
+        written = m_console.line(comparison.describe(o)) && written;
+    if (!written) {
+        m_console.error(u"the report could not be written to standard output"_s);
+        return ExitFailure;
+    }
     return differences.isEmpty() ? ExitSuccess : ExitDifferent;
 }

@@ -71,15 +71,18 @@ int WatchCommand::run(const QString &unitText, double seconds, const QString &de
 
     ConsoleView &view = m_session.view();
     ConsoleUnitStatusView unitView(m_console, qint16(unit));
-    view.setCommErrorHandler([&] {
-        m_console.line(unitView.stamp() +
-                       u"no reply within %1 s"_s.arg(CommandChannel::ReplyLimit.count() / 1000.0));
+    // The first reply that is not right ends the watch: a unit that stopped answering must not
+    // look like one whose lamps merely stay as they are.
+    m_session.setFailureHandler([&unitView] {
+        unitView.stopPrinting();
+        QCoreApplication::exit(ExitFailure);
     });
     UnitStatus status(m_session.model(), view, unitView, m_session.channel(), m_session.commands());
     // As ticking "Unit Status": the window loads (the first status reply) and the poll starts.
     view.setChecked(Control::Check1, true);
     status.Check1_Click();
-    m_console.line(unitView.stamp() + u"status "_s + unitView.statusText());
+    if (!m_session.failed())
+        m_console.line(unitView.stamp() + u"status "_s + unitView.statusText());
     unitView.startPrinting();
 
     QSocketNotifier interrupted(g_signalPipe[0], QSocketNotifier::Read);
@@ -91,10 +94,15 @@ int WatchCommand::run(const QString &unitText, double seconds, const QString &de
     if (seconds > 0) {
         limit.start(std::chrono::milliseconds(qint64(seconds * 1000)));
     }
-    QCoreApplication::exec();
+    if (!m_session.failed())
+        QCoreApplication::exec();
 
+    m_session.setFailureHandler({});
     view.setChecked(Control::Check1, false);
     status.Check1_Click(); // the poll stops
-    view.setCommErrorHandler({});
+    if (m_session.failed()) {
+        m_console.error(m_session.failure());
+        return ExitFailure;
+    }
     return ExitSuccess;
 }

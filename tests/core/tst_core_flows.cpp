@@ -68,6 +68,10 @@ using ClearRows = DataTable<bool, QVariant, QString>;
 // The reply to "R" comes as `first` at once, or after `firstMs`, then `then` after `thenUs`;
 // IBuffer, the reply line, and whether it was late ("Comm Error!").
 using ExchangeRows = DataTable<QByteArray, int, QByteArray, int, QByteArray, QString, bool>;
+// The reply to "R" as `first` at once and `then` 5 ms later, with a quiet wait: the outcome
+// (ExchangeOutcome), whether it is whole, the tail the quiet wait took, the bytes the next
+// command's flush threw away.
+using OutcomeRows = DataTable<QByteArray, QByteArray, int, bool, QByteArray, int>;
 // The Online button clicked: the answers to the retry question after each attempt nobody
 // answers (Y: Yes, N: No; "-": it was online), the reply to "VER" ("": as usual), the lines
 // sent, the version shown.
@@ -107,6 +111,36 @@ private slots:
         r.port.now += 1s;
         QVERIFY(r.channel.SendCommand(u"B"_s));
         QCOMPARE(r.model.IBuffer + r.view.text(Control::lblError), u"B\r\nOK\r\n."_s);
+    }
+
+    void outcome_data()
+    {
+        const OutcomeRows row;
+        const int complete = int(ExchangeOutcome::Complete),
+                  timedOut = int(ExchangeOutcome::TimedOut),
+                  outOfStep = int(ExchangeOutcome::OutOfStep);
+        row("whole", "R\r\nOK\r\n.", "", complete, true, "", 0);
+        row("a point in the line, its tail", "R\r\nV2.", "14\r\n.", complete, false, "14\r\n.", 0);
+        row("bytes after a whole reply", "R\r\nOK\r\n.", "X", complete, true, "", 1);
+        row("line feed lost after the echo", "R\r[1]\r\n.", "", outOfStep, false, "", 0);
+        row("line feed lost at the end", "R\r\nOK\r.", "", complete, false, "", 0);
+        row("text before the point", "R\r\nOK\r\nX.", "", complete, false, "", 0);
+        row("another command's echo", "B\r\nOK\r\n.", "", outOfStep, false, "", 0);
+        row("no point", "R\r\nOK\r\n", "", timedOut, false, "", 0);
+    }
+    void outcome()
+    {
+        const auto [first, then, outcome, whole, tail, discarded] = OutcomeRows::fetch();
+        LinkRig r;
+        r.port.script("R", {{0ms, first}, {5ms, then}});
+        r.channel.setQuietWait(100ms);
+        r.channel.SendCommand(u"R"_s);
+        QCOMPARE(int(r.channel.lastExchange().outcome), outcome);
+        QCOMPARE(r.channel.lastExchange().whole, whole);
+        QCOMPARE(r.channel.lastExchange().tail, tail);
+        r.port.now += 1s;
+        r.channel.SendCommand(u"B"_s);
+        QCOMPARE(int(r.channel.lastExchange().discarded), discarded);
     }
 
     // Every command the configurator sends, exactly as it goes on the wire (online).
@@ -207,6 +241,9 @@ private slots:
         QCOMPARE(r.readBack.GetAllRawMappings(), cancelAt > 0);
         QCOMPARE(r.port.commands.size(), asked);
         QCOMPARE(r.model.MapStrings, asked - (!cancelAt && asked < 999));
+        QCOMPARE(r.readBack.lastEnd(), cancelAt      ? ReadBackEnd::Cancelled
+                                       : asked < 999 ? ReadBackEnd::TableEnd
+                                                     : ReadBackEnd::RowLimit);
         QCOMPARE(::filed(r), filed);
         QCOMPARE(r.view.text(Control::lblError),
                  asked < 999 ? u""_s

@@ -12,7 +12,9 @@
 #include <QTest>
 
 #include <csignal>
+#include <memory>
 #include <tuple>
+#include <vector>
 
 using namespace Qt::StringLiterals;
 
@@ -37,6 +39,13 @@ const QByteArray Device = lines("[1][1][2][1][1][0][0][0] [1][2][2][2][1][0][0][
 // What the tally system holds at start: the same with the hole a cleared row leaves, at which a
 // read-back that does not compact the table first would stop.
 const QByteArray Held = QByteArray(Device).insert(26, "[0][0][0][0][0][0][0][0]\r\n");
+// A full table: outputs 2/1 to 2/999, each from input 2/1.
+const QByteArray Full = [] {
+    QByteArray out;
+    for (int c = 1; c <= 999; ++c)
+        out += "[2][" + QByteArray::number(c) + "][2][1][1][0][0][0]\r\n";
+    return out;
+}();
 
 // A studio of 6 outputs on unit 1 and 6 inputs on unit 2, its Kestrel.ini naming the link, the
 // tally system holding `Held`, and a tally file show.qvr.
@@ -47,7 +56,8 @@ struct Studio
     QString path(const QString &name) const { return dir.filePath(name); }
     ~Studio() { sim.kill(), sim.waitForFinished(3000); }
 
-    bool start(const QByteArray &show, const QStringList &simArguments = {})
+    bool start(const QByteArray &show, const QStringList &simArguments = {},
+               const QByteArray &held = Held)
     {
         const auto writeFile = [this](const QString &name, const QByteArray &bytes) {
             QFile f(path(name));
@@ -57,11 +67,12 @@ struct Studio
         for (int i = 1; i <= 6; ++i)
             ini += u"Output %1=Out %1,1,%1\r\nInput %1=In %1,2,%1\r\n"_s.arg(i);
         if (!writeFile(u"Kestrel.ini"_s, ini.arg(dir.path()).toLocal8Bit()) ||
-            !writeFile(u"rows.qvr"_s, Held) || !writeFile(u"show.qvr"_s, show))
+            !writeFile(u"rows.qvr"_s, held) || !writeFile(u"show.qvr"_s, show))
             return false;
         const QString options = u"--link %1/tty --log %1/log --state %1/state --rows %1/rows.qvr"_s;
         sim.start(QStringLiteral(KESTREL_SIM_PATH),
                   (options.arg(dir.path()) + u" --baud 0"_s).split(u' ') + simArguments);
+        sim.setProcessChannelMode(QProcess::ForwardedErrorChannel);
         // It writes the port's path once the link is in place.
         return sim.waitForReadyRead(5000) && QFile::exists(path(u"tty"_s));
     }
@@ -78,14 +89,22 @@ struct Studio
     }
     // kestrelctl with the arguments, "%1" in them the studio's folder. Exit status (-1 for a
     // crash), standard output, standard error.
-    std::tuple<int, QByteArray, QByteArray> ctl(const QString &arguments)
+    QProcess p;
+    void startCtl(const QString &arguments)
     {
-        QProcess p;
         p.start(QStringLiteral(KESTRELCTL_PATH),
                 (u"--ini %1/Kestrel.ini "_s + arguments).arg(dir.path()).split(u' '));
+    }
+    std::tuple<int, QByteArray, QByteArray> finishCtl()
+    {
         p.waitForFinished(30000);
         return {p.exitStatus() == QProcess::NormalExit ? p.exitCode() : -1,
                 p.readAllStandardOutput(), p.readAllStandardError()};
+    }
+    std::tuple<int, QByteArray, QByteArray> ctl(const QString &arguments)
+    {
+        startCtl(arguments);
+        return finishCtl();
     }
 };
 
@@ -121,17 +140,26 @@ private slots:
         const QString apply = u"apply %1/show.qvr"_s, verify = u"verify %1/show.qvr"_s;
         const QByteArray file = lines("[1][1][2][1][1][0][0][0] [1][2][2][3][1][0][0][0] "
                                       "[1][4][2][1][1][2][4][2] [1][5][2][4][1][0][0][0]");
-        row("apply, all match: nothing but the read-backs", 0, apply, Device,
-            "0 changed, 0 unmapped, 6 left alone\n", {}, u"Comp|Comp"_s, Device);
+        row("apply, all match: nothing but the read-back", 0, apply, Device,
+            "0 changed, 0 unmapped, 6 left alone\n", {}, u"Comp"_s, Device);
+        // Later lines for the same output win, as in a load.
+        const QByteArray twice = lines("[1][2][2][5][1][0][0][0] [1][6][2][6][1][0][0][0]") +
+                                 Device + lines("[1][6][0][0][1][0][0][0]");
+        row("apply, two lines for an output", 0, apply, twice,
+            "0 changed, 0 unmapped, 6 left alone\n", {}, u"Comp"_s, Device);
+        row("verify, two lines for an output", 0, verify, twice, {}, {}, u"Comp"_s, Device);
         row("apply: changed, added, boolean, one unmapped", 0, apply, file,
             "3 changed, 1 unmapped, 2 left alone\n", {},
-            u"Comp|Map 1 2 2 3|Map 1 4 2 1|OR 1 4 2 4|Map 1 5 2 4|Res 1  3|ClrMap 1  3|Comp"_s,
+            u"Comp|Map 1 2 2 3|Map 1 4 2 1|OR 1 4 2 4|Map 1 5 2 4|Res 1  3|ClrMap 1  3|Comp|"
+            u"GetMap 1  2|GetMap 1  4|GetMap 1  5|GetMap 1  3"_s,
             file);
         row("apply --partial leaves what the file does not name", 0, apply + u" --partial"_s,
             lines("[1][2][2][3][1][0][0][0]"), "1 changed, 0 unmapped, 5 left alone\n", {},
-            u"Comp|Map 1 2 2 3|Comp"_s, QByteArray(Device).replace("[1][2][2][2]", "[1][2][2][3]"));
+            u"Comp|Map 1 2 2 3|GetMap 1  2"_s,
+            QByteArray(Device).replace("[1][2][2][2]", "[1][2][2][3]"));
+        row("apply, an empty file", 2, apply, {}, {}, u"tally file .*show.qvr holds no map"_s, {});
         const QByteArray load =
-            lines("[1][2][2][4][1][0][0][0] [1][4][2][1][1][2][3][1] [1][3][0][0]");
+            lines("[1][2][2][4][1][0][0][0] [1][4][2][1][1][2][3][1] [1][3][0][0][1][0][0][0]");
         const QString loaded = u"Map 1 2 2 4|Map 1 4 2 1|AND 1 4 2 3|Res 1  3|ClrMap 1  3"_s;
         row("load", 0, u"load %1/show.qvr"_s, load, {}, {},
             u"Init|Uenable  1|Uenable  2|"_s + loaded,
@@ -142,9 +170,9 @@ private slots:
         row("verify, equal", 0, verify, Device, {}, {}, u"Comp"_s, Device);
         row("verify, different", 1, verify,
             lines("[1][1][2][1][1][0][0][0] [1][2][2][3][1][0][0][0] [1][3][2][3][1][0][0][0] "
-                  "[1][4][2][1][1][2][3][1] [1][6][2][1][1][0][0][0] [7][7][2][1][1][0][0][0]"),
+                  "[1][4][2][1][1][0][0][1] [1][6][2][1][1][0][0][0] [7][7][2][1][1][0][0][0]"),
             "output 2 \"Out 2\": file wants input 3 \"In 3\", device holds input 2 \"In 2\"\n"
-            "output 4 \"Out 4\": file wants input 1 \"In 1\" AND input 3 \"In 3\", device holds "
+            "output 4 \"Out 4\": file wants input 1 \"In 1\" AND \"Unassigned\", device holds "
             "input 1 \"In 1\" AND input 2 \"In 2\"\n"
             "output 6 \"Out 6\": file wants input 1 \"In 1\", device holds no mapping\n"
             "output 7/7 (not in Kestrel.ini): file wants input 1 \"In 1\", device holds no "
@@ -156,8 +184,18 @@ private slots:
             u"the serial port /nonexistent does not exist"_s, {});
         row("verify, port held", 2, verify, Device, {},
             u"the serial port .*/tty is held by another program, tst_ctl "_s, {}, Held, u"held"_s);
-        row("verify, malformed file", 2, verify, lines("[1][1][2][1] [1][2"), {},
-            u"tally file .*show.qvr: entry 2, \"\\[1\\]\\[2\", is not a map"_s, {});
+        // Each stops before anything is sent, naming the line.
+        const QString bad = u"tally file .*show.qvr: line 2, \"%1\", is not a map string"_s;
+        const QByteArray good = lines("[1][1][2][1][1][0][0][0]");
+        row("load, a field of four digits", 2, u"load %1/show.qvr"_s,
+            good + lines("[1][2][2][1000][1][0][0][0]"), {},
+            bad.arg(u"\\[1\\]\\[2\\]\\[2\\]\\[1000\\].*"_s), {});
+        row("verify, seven fields", 2, verify, good + lines("[1][2][2][1][1][0][0]"), {},
+            bad.arg(u"[^\"]*"_s), {});
+        row("apply, a field not a number; an escape sequence shown as ?", 2, apply,
+            good + lines("[x]\x1b[2J"), {}, bad.arg(u"\\[x\\]\\?\\[2J"_s), {});
+        row("verify, a file cut short", 2, verify, good + "[1][2][2][1", {},
+            u"tally file .*show.qvr: line 2 has no line end"_s, {});
         row("verify, no Kestrel.ini", 2, u"--ini %1/none.ini "_s + verify, Device, {},
             u"no Kestrel.ini at .*none.ini"_s, {});
         // What the window's online Save writes: the compacted table, row by row, CR LF each.
@@ -166,6 +204,19 @@ private slots:
             u".*show.qvr exists already: --overwrite replaces it"_s, {});
         row("read --overwrite", 0, u"read --overwrite %1/show.qvr"_s, "old", {}, {}, u"Comp"_s,
             Device);
+        row("read, not into a missing folder", 2, u"read %1/none/show.qvr"_s, "old", {},
+            u".*none/show.qvr cannot be written: the folder .*none does not exist"_s, {});
+        // 999 rows: the row after the last is asked for and proves the end.
+        const QString full = u"full"_s;
+        row("read, a full table", 0, u"read"_s, "old", Full, {}, u"Comp"_s, Full, full);
+        row("verify, a full table", 0, verify, Full, {}, {}, u"Comp"_s, Full, full);
+        const QByteArray changed = QByteArray(Full).replace("[2][500][2][1]", "[2][500][2][2]");
+        row("apply to a full table", 0, apply, changed, "1 changed, 0 unmapped, 1004 left alone\n",
+            {}, u"Comp|Map 2 500 2 2|GetMap 2  500"_s, changed, full);
+        row("load --partial into a full table: the error reply", 2, u"load --partial %1/show.qvr"_s,
+            good, {},
+            u"line 1 of .*show.qvr: the tally system answered \"ERR TABLE FULL\" to \"Map 1 1 2 1\""_s,
+            u"Map 1 1 2 1"_s, Full, full);
     }
     void run()
     {
@@ -173,8 +224,9 @@ private slots:
         QFETCH(QByteArray, file);
         QFETCH(QString, setup);
         Studio s;
-        QVERIFY(s.start(file, setup == u"silent"_s ? QStringList{u"--fault"_s, u"silent"_s}
-                                                   : QStringList()));
+        QVERIFY(s.start(
+            file, setup == u"silent"_s ? QStringList{u"--fault"_s, u"silent"_s} : QStringList(),
+            setup == u"full"_s ? Full : Held));
         QSerialPort holder(s.path(u"tty"_s));
         QVERIFY(setup != u"held"_s || holder.open(QIODevice::ReadWrite));
         const auto [status, out, err] = s.ctl(arguments);
@@ -183,11 +235,65 @@ private slots:
         const QRegularExpression errLine(FETCH(QString, err));
         QVERIFY2(errLine.match(QString::fromLocal8Bit(err)).hasMatch(), err);
         QCOMPARE(s.wire().join(u'|'), FETCH(QString, wire));
-        if (status == 2 && setup != u"silent"_s) // not even the probe went out before the failure
+        // Not even the probe went out before the failure.
+        if (status == 2 && FETCH(QString, wire).isEmpty() && setup != u"silent"_s)
             QCOMPARE(readFile(s.path(u"log"_s)), QByteArray());
         QCOMPARE(readFile(s.path(u"state"_s)), FETCH(QByteArray, table));
         QCOMPARE(readFile(s.path(u"show.qvr"_s)),
                  arguments.startsWith(u"read --overwrite"_s) ? Device : file);
+    }
+
+    // The line's faults, all at once since each run mostly waits: the status, one line on
+    // standard error naming what happened (a pattern), what standard output holds (a pattern),
+    // and never a tally file replaced by a half-read table. With "deaf" (at line speed), the
+    // tally system ignores a command that comes while it still answers: none may.
+    void faults()
+    {
+        struct Case
+        {
+            const char *fault;
+            const char *arguments;
+            int status;
+            const char *err;
+            const char *out = "\\A\\z";
+        };
+        const Case cases[] = {
+            {"garbage", "read --overwrite %1/show.qvr", 2, "the reply to \"\" is not its own"},
+            {"slow:2500", "verify %1/show.qvr", 2, "no reply from the tally system .* to \"\""},
+            {"cut", "apply %1/show.qvr", 2, "the reply to \"\" was cut short"},
+            {"drop:6", "load %1/show.qvr", 2, "line 1 of .*: no reply .* to \"Map 1 1 2 1\""},
+            {"lf:6", "read --overwrite %1/show.qvr", 2,
+             "the reply to \"RawMap 3\" is not its own.*after 2 rows"},
+            {"tail:5", "verify %1/show.qvr", 2, "the reply to \"RawMap 2\" was cut short"},
+            {"hangup:6", "watch 2", 2, "no reply .* to \"(BITS|GSTAT) 2\"",
+             "\\A\\S+ unit 2 status UNIT 2 DISABLED 0 LIT\n\\z"},
+            {"deaf --baud 9600", "load %1/show.qvr", 0, nullptr},
+        };
+        const QByteArray show = lines("[1][1][2][1][1][0][0][0]");
+        std::vector<std::unique_ptr<Studio>> studios;
+        for (const Case &c : cases) {
+            studios.push_back(std::make_unique<Studio>());
+            QVERIFY(
+                studios.back()->start(show, (u"--fault "_s + QLatin1String(c.fault)).split(u' ')));
+            studios.back()->startCtl(QString::fromLatin1(c.arguments));
+        }
+        for (std::size_t i = 0; i < studios.size(); ++i) {
+            const Case &c = cases[i];
+            Studio &s = *studios[i];
+            const auto [status, out, err] = s.finishCtl();
+            QVERIFY2(status == c.status, c.fault);
+            const QString errLine =
+                c.err ? u"\\Akestrelctl: .*%1[^\n]*\n\\z"_s.arg(QLatin1String(c.err)) : u"\\A\\z"_s;
+            QVERIFY2(QRegularExpression(errLine).match(QString::fromLocal8Bit(err)).hasMatch(),
+                     err);
+            QVERIFY2(QRegularExpression(QString::fromLatin1(c.out))
+                         .match(QString::fromLocal8Bit(out))
+                         .hasMatch(),
+                     out);
+            QVERIFY2(!readFile(s.path(u"log"_s)).contains("ignored"), c.fault);
+            QCOMPARE(readFile(s.path(u"show.qvr"_s)), show);
+        }
+        QCOMPARE(readFile(studios.back()->path(u"state"_s)), show);
     }
 
     void sendAndWatch()
@@ -195,7 +301,11 @@ private slots:
         Studio s;
         QVERIFY(s.start({}));
         QCOMPARE(std::get<1>(s.ctl(u"send Set 2 5"_s)), QByteArray("Set 2 5\r\nOK\r\n.\n"));
-        QCOMPARE(s.wire(), QStringList{u"Set 2 5"_s});
+        // The version whole, though its "." ends the reply early; a negative number as it is.
+        QCOMPARE(std::get<1>(s.ctl(u"send VER"_s)), QByteArray("VER\r\nKESTREL MAIN V2.14\r\n.\n"));
+        QCOMPARE(std::get<1>(s.ctl(u"send Set -2 5"_s)),
+                 QByteArray("Set -2 5\r\nERR RANGE\r\n.\n"));
+        QCOMPARE(s.wire(), (QStringList{u"Set 2 5"_s, u"Set -2 5"_s}));
         QProcess watch;
         watch.start(QStringLiteral(KESTRELCTL_PATH),
                     {u"--ini"_s, s.path(u"Kestrel.ini"_s), u"watch"_s, u"2"_s});

@@ -10,10 +10,11 @@ bool FaultPlan::add(QStringView fault, QString *error)
     const qsizetype colon = fault.indexOf(u':');
     const QStringView name = colon < 0 ? fault : fault.first(colon);
     const QStringView value = colon < 0 ? QStringView() : fault.sliced(colon + 1);
-    const bool wantsNumber = name == u"slow" || name == u"drop" || name == u"hangup";
+    const bool wantsNumber =
+        name == u"slow" || name == u"drop" || name == u"hangup" || name == u"lf" || name == u"tail";
     if (wantsNumber != (colon >= 0)) {
-        *error = u"fault \"%1\": expected silent, slow:MS, cut, garbage, drop:N or hangup:N"_s.arg(
-            fault);
+        *error = u"fault \"%1\": expected silent, slow:MS, cut, garbage, drop:N, hangup:N, lf:N, "
+                 u"tail:N or deaf"_s.arg(fault);
         return false;
     }
     int number = 0;
@@ -37,6 +38,12 @@ bool FaultPlan::add(QStringView fault, QString *error)
         m_dropEvery = number;
     else if (name == u"hangup")
         m_hangupAfter = number;
+    else if (name == u"lf")
+        m_lfLostAt = number;
+    else if (name == u"tail")
+        m_tailAt = number;
+    else if (name == u"deaf")
+        m_deaf = true;
     else {
         *error = u"unknown fault \"%1\""_s.arg(fault);
         return false;
@@ -44,8 +51,11 @@ bool FaultPlan::add(QStringView fault, QString *error)
     return true;
 }
 
-QByteArray FaultPlan::disturb(QByteArray reply)
+QByteArray FaultPlan::disturb(QByteArray reply, int command)
 {
+    // One line feed lost: the one after the echo.
+    if (const qsizetype lf = reply.indexOf('\n'); command == m_lfLostAt && lf >= 0)
+        reply.remove(lf, 1);
     if (m_garbage) {
         // Line noise of the reply's length, with the terminator at a random place. The raw
         // generator output is used directly so that a seed gives the same bytes everywhere.

@@ -55,6 +55,12 @@ Faults (--fault, repeated or comma-separated; all of them may act together):
   garbage     random bytes instead of the answer, one "." among them (none with cut)
   drop:N      every Nth command is ignored: not carried out, not answered
   hangup:N    after answering the Nth command the line is hung up and the program ends
+  lf:N        the answer to the Nth command loses the line feed after its echo
+  tail:N      the answer to the Nth command stops before its last CR LF and "."; they
+              follow 2.5 s later
+  deaf        a command that comes in while an answer is still going out is ignored (not
+              carried out, not answered; logged as "ignored: came while answering"),
+              as by hardware that does not listen while it talks; pair it with --baud
 Commands are counted from 1 as they arrive. Randomness comes from --seed only.
 
 By hand: socat -,raw,echo=0,icrnl,opost,onlcr PATH,crlf  (Enter sends CR LF);

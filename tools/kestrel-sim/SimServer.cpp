@@ -121,6 +121,8 @@ std::optional<SimServer::Clock::time_point> SimServer::wakeUp(Clock::time_point 
     auto earliest = [&wake](Clock::time_point t) { wake = wake ? std::min(*wake, t) : t; };
     if (!m_pending.isEmpty())
         earliest(m_pending.front().due);
+    for (const auto &late : m_late)
+        earliest(late.second);
     if (!m_writer.blocked()) {
         if (const auto due = m_writer.nextDue())
             earliest(*due);
@@ -163,6 +165,10 @@ bool SimServer::receive(Clock::time_point now)
 void SimServer::lineComplete(const QByteArray &line, qsizetype wireBytes)
 {
     ++m_received;
+    if (m_options.faults.deaf() && !m_writer.idle()) {
+        m_log.record(line + " (ignored: came while answering)");
+        return;
+    }
     m_log.record(line);
     // The command has reached the system once the line has carried all of it; a line sent
     // right behind another one could not start before the first had passed.
@@ -174,6 +180,12 @@ void SimServer::lineComplete(const QByteArray &line, qsizetype wireBytes)
 
 void SimServer::answerDue(Clock::time_point now)
 {
+    for (qsizetype i = 0; i < m_late.size();) {
+        if (m_late[i].second <= now)
+            m_writer.send(m_late.takeAt(i).first, now);
+        else
+            ++i;
+    }
     while (!m_hangingUp && !m_pending.isEmpty() && m_pending.front().due <= now) {
         const Command command = m_pending.takeFirst();
         FaultPlan &faults = m_options.faults;
@@ -186,7 +198,13 @@ void SimServer::answerDue(Clock::time_point now)
                 // into a command must not come back in the echo.
                 QByteArray echo = command.line;
                 echo.replace('.', ',');
-                m_writer.send(faults.disturb(echo + "\r\n" + answer.line + "\r\n."), command.due);
+                QByteArray bytes =
+                    faults.disturb(echo + "\r\n" + answer.line + "\r\n.", command.number);
+                if (faults.splitsTail(command.number) && bytes.endsWith("\r\n.")) {
+                    m_late.append({bytes.right(3), command.due + FaultPlan::TailDelay});
+                    bytes.chop(3);
+                }
+                m_writer.send(bytes, command.due);
             }
         }
         if (faults.hangsUpAfter(command.number)) {

@@ -57,6 +57,7 @@ private:
     Clock::time_point m_partialArrived{}; // when its first byte came
     Clock::time_point m_inputFreeAt{};    // when the line has carried the last command
     QList<Command> m_pending;             // received, not answered yet
+    QList<std::pair<QByteArray, Clock::time_point>> m_late; // tails of answers, and when due
     int m_received = 0;
     bool m_hangingUp = false;
     std::optional<Clock::time_point> m_hangupAt; // when the last answer had been written

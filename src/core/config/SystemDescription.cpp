@@ -83,6 +83,12 @@ SystemDescription SystemDescription::fromFile(const QString &filePath)
 
 QString SystemDescription::filePath() const { return m_filePath; }
 
+bool SystemDescription::fail(Outcome why)
+{
+    m_outcome = why;
+    return false;
+}
+
 bool SystemDescription::IniRead(SystemModel &model)
 {
     m_limitWarning.clear();
@@ -90,20 +96,25 @@ bool SystemDescription::IniRead(SystemModel &model)
     // Only a regular file of sane size is read: a directory, a device or a pipe named
     // Kestrel.ini must not hang or crash the start.
     const QFileInfo info(filePath());
-    if (!info.isFile() || info.size() > MaxFileBytes)
-        return false;
+    if (!info.exists())
+        return fail(Outcome::Missing);
+    if (!info.isFile())
+        return fail(Outcome::NotAFile);
+    if (info.size() > MaxFileBytes)
+        return fail(Outcome::TooLarge);
     QFile file(info.filePath());
     if (!file.open(QIODevice::ReadOnly))
-        return false;
+        return fail(Outcome::Unreadable);
     const QByteArray data = file.read(MaxFileBytes);
 
     CSimpleIniA ini(false, false, false);
     if (ini.LoadData(data.constData(), static_cast<size_t>(data.size())) < 0)
-        return false;
+        return fail(Outcome::Unreadable);
 
     const QString system = value(ini, QStringLiteral("System"));
     if (system.isEmpty())
-        return false;
+        return fail(Outcome::NoSystem);
+    m_outcome = Outcome::Read;
     model.SystemName = system;
 
     // A port outside 0..255, or 0, or no number at all selects port 1.

@@ -11,6 +11,16 @@
 class SystemDescription
 {
 public:
+    // How the last IniRead went: read, or why not.
+    enum class Outcome {
+        Read,
+        Missing,    // no such path
+        NotAFile,   // a folder, a device or a pipe
+        TooLarge,   // above MaxFileBytes
+        Unreadable, // could not be opened or read
+        NoSystem,   // read, but no System value in [Kestrel]
+    };
+
     static constexpr int MaxKeysLooked = 1500; // Output/Input indices the reader looks at
     static constexpr qint64 MaxFileBytes = 64 * 1024 * 1024;
 
@@ -27,12 +37,16 @@ public:
     static void ParseEnabledUnits(SystemModel &model);
 
     QString filePath() const;
+    Outcome outcome() const { return m_outcome; }
 
     // After IniRead: a text for the operator when the file declares more outputs or inputs
     // than the tables hold; "" when everything was read.
     const QString &limitWarning() const { return m_limitWarning; }
 
 private:
+    bool fail(Outcome why);
+
     QString m_filePath;
     QString m_limitWarning;
+    Outcome m_outcome = Outcome::Missing;
 };

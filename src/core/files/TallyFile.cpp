@@ -7,7 +7,7 @@
 #include <QFileInfo>
 #include <QSaveFile>
 
-bool TallyFile::read(const QString &path, QStringList *fields, QString *error)
+bool TallyFile::load(const QString &path, QByteArray *bytes, QString *error)
 {
     const QFileInfo info(path);
     QFile file(path);
@@ -18,13 +18,47 @@ bool TallyFile::read(const QString &path, QStringList *fields, QString *error)
     else if (file.size() > MaxBytes)
         *error = QStringLiteral("it is larger than %1 MB, too large for a tally file")
                      .arg(MaxBytes / (1024 * 1024));
-    else if (const QByteArray bytes = file.read(MaxBytes + 1); file.error() != QFileDevice::NoError)
+    else if (*bytes = file.read(MaxBytes + 1); file.error() != QFileDevice::NoError)
         *error = file.errorString();
-    else {
-        *fields = TallyFile::fields(bytes);
+    else
         return true;
-    }
     return false;
+}
+
+bool TallyFile::read(const QString &path, QStringList *fields, QString *error)
+{
+    QByteArray bytes;
+    if (!load(path, &bytes, error))
+        return false;
+    *fields = TallyFile::fields(bytes);
+    return true;
+}
+
+bool TallyFile::readLines(const QString &path, QStringList *lines, QString *error)
+{
+    QByteArray bytes;
+    return load(path, &bytes, error) && TallyFile::lines(bytes, lines, error);
+}
+
+bool TallyFile::lines(const QByteArray &bytes, QStringList *lines, QString *error)
+{
+    lines->clear();
+    for (qsizetype p = 0; p < bytes.size();) {
+        const qsizetype lf = bytes.indexOf('\n', p);
+        const int n = int(lines->size()) + 1;
+        if (lf < 0) {
+            *error = QStringLiteral("line %1 has no line end: the file may be cut short").arg(n);
+            return false;
+        }
+        const qsizetype end = lf > p && bytes[lf - 1] == '\r' ? lf - 1 : lf;
+        if (end == p) {
+            *error = QStringLiteral("line %1 is empty").arg(n);
+            return false;
+        }
+        *lines << QString::fromLatin1(bytes.mid(p, end - p));
+        p = lf + 1;
+    }
+    return true;
 }
 
 QStringList TallyFile::fields(const QByteArray &bytes)

@@ -17,6 +17,10 @@ public:
     // Operations that can fail return false and say why in *error, as everywhere here.
     static bool read(const QString &path, QStringList *fields, QString *error);
     static QStringList fields(const QByteArray &bytes);
+    // The strict reading, for a file about to be sent where nobody watches: whole lines, each
+    // ended by CR LF (or LF), none empty. False names the first line that is not so.
+    static bool readLines(const QString &path, QStringList *lines, QString *error);
+    static bool lines(const QByteArray &bytes, QStringList *lines, QString *error);
 
     // Every line followed by CR LF, in 8-bit text.
     static QByteArray bytes(const QStringList &lines);
@@ -25,4 +29,7 @@ public:
 
     // The name shown for a path: what follows its last separator, at most 50 characters.
     static QString ParseFilename(const QString &TallyFile);
+
+private:
+    static bool load(const QString &path, QByteArray *bytes, QString *error);
 };

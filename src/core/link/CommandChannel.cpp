@@ -34,10 +34,14 @@ bool CommandChannel::SendCommand(const QString &CommandString)
     m_timer2.start();
     m_view.setText(Control::lblError, QString());
 
+    m_last = Exchange{};
     FlushQueue();
     m_port.PortWrite(CommandString.toLatin1() + "\r\n");
     WaitForResponse();
     m_model.Response = GetResponse(m_model.IBuffer);
+    judge(CommandString);
+    if (m_observer)
+        m_observer(CommandString, m_last);
     const bool result = !m_model.IBuffer.isEmpty();
 
     if (m_view.isChecked(Control::Check2)) {
@@ -52,6 +56,7 @@ void CommandChannel::WaitForResponse()
 {
     using Clock = std::chrono::steady_clock;
     const Clock::time_point t0 = m_clock();
+    m_timedOut = false;
     m_view.setText(Control::lblError, QString());
     QChar last;
     for (;;) {
@@ -73,12 +78,55 @@ void CommandChannel::WaitForResponse()
         }
         // After the read: a "." that comes in as the limit passes is still a time-out.
         if (m_clock() - t0 > ReplyLimit) {
+            m_timedOut = true;
             m_view.setText(Control::lblError, u"Comm Error!"_s);
             m_view.repaintNow(Control::lblError);
             m_view.beep();
             break;
         }
     }
+}
+
+bool CommandChannel::StartsWithEcho(const QString &reply, const QString &command)
+{
+    const qsizetype n = command.size();
+    if (reply.size() < n + 2 || reply[n] != QLatin1Char('\r') || reply[n + 1] != QLatin1Char('\n'))
+        return false;
+    for (qsizetype i = 0; i < n; ++i) {
+        if (command[i] != ReplyTerminator && reply[i] != command[i])
+            return false;
+    }
+    return true;
+}
+
+void CommandChannel::judge(const QString &command)
+{
+    const QString &reply = m_model.IBuffer;
+    if (m_timedOut) {
+        m_last.outcome = ExchangeOutcome::TimedOut;
+        return;
+    }
+    if (!StartsWithEcho(reply, command)) {
+        m_last.outcome = ExchangeOutcome::OutOfStep;
+        return;
+    }
+    m_last.outcome = ExchangeOutcome::Complete;
+    // After the echo: the reply line, CR LF and the "." only.
+    const qsizetype line = command.size() + 2;
+    const qsizetype cr = reply.indexOf(QLatin1Char('\r'), line);
+    m_last.whole = cr >= 0 && cr + 3 == reply.size() && reply[cr + 1] == QLatin1Char('\n') &&
+                   !QStringView(reply).sliced(line, cr - line).contains(QLatin1Char('\n'));
+    if (!m_last.whole && m_quiet.count() > 0)
+        waitForQuiet();
+}
+
+void CommandChannel::waitForQuiet()
+{
+    const auto t0 = m_clock();
+    // The tail's own CR LF "." is the reply's true end: nothing more is due after it.
+    while (!m_last.tail.endsWith("\r\n.") && m_clock() - t0 < ReplyLimit &&
+           m_port.PortWaitForData(m_quiet))
+        m_last.tail += m_port.PortRead(m_port.PortInCount());
 }
 
 QString CommandChannel::GetResponse(const QString &StringInput)
@@ -96,8 +144,10 @@ void CommandChannel::FlushQueue()
     m_model.IBuffer.clear();
     // Leftovers of an earlier reply (what followed its ".") must not start this one.
     while (m_port.PortInCount() > 0) {
-        if (m_port.PortRead(m_port.PortInCount()).isEmpty())
+        const QByteArray thrown = m_port.PortRead(m_port.PortInCount());
+        if (thrown.isEmpty())
             break;
+        m_last.discarded += thrown.size();
     }
 }
 

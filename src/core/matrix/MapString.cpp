@@ -37,6 +37,29 @@ MapFields ReadMapFields(QStringView text)
     return fields;
 }
 
+std::optional<MapFields> ReadStrictMapFields(QStringView text)
+{
+    MapFields fields{};
+    qsizetype p = 0;
+    for (qint16 &field : fields) {
+        if (p >= text.size() || text[p] != QLatin1Char('['))
+            return std::nullopt;
+        const bool negative = ++p < text.size() && text[p] == QLatin1Char('-');
+        p += negative ? 1 : 0;
+        int value = 0;
+        int digits = 0;
+        for (; p < text.size() && text[p].isDigit() && text[p].unicode() < 128; ++p, ++digits)
+            value = value * 10 + (text[p].unicode() - '0');
+        if (digits == 0 || digits > 3 || p >= text.size() || text[p] != QLatin1Char(']'))
+            return std::nullopt;
+        field = static_cast<qint16>(negative ? -value : value);
+        ++p;
+    }
+    if (p != text.size())
+        return std::nullopt;
+    return fields;
+}
+
 void ParseGetMap(SystemModel &model, QStringView Response)
 {
     const MapFields f = ReadMapFields(Response);

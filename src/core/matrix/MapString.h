@@ -9,6 +9,7 @@
 #include <QStringView>
 
 #include <array>
+#include <optional>
 
 // A map string describes the mapping of one output: eight bracketed numbers,
 // "[Ounit][Ochannel][IUnit][IChannel][enable][IUnitBool][IChannelBool][mode]".
@@ -28,6 +29,11 @@ QString ComposeBoolMapString(qint16 Ounit, qint16 Ochannel, qint16 IUnit, qint16
 // number in the (at most) three characters after it; absent fields are 0. A ninth "[" and all
 // text after it are ignored. A field that does not fit 16 bits (such as "9e9") reads 0.
 MapFields ReadMapFields(QStringView text);
+
+// The strict reading, for text that must be nothing but a map string: exactly eight fields
+// "[" n "]" one after the other, each n a decimal integer ("-" allowed) of at most three
+// digits, nothing before, between or after. None for anything else.
+std::optional<MapFields> ReadStrictMapFields(QStringView text);
 
 // Decodes `Response` into the model's current map string register (all eight fields).
 void ParseGetMap(SystemModel &model, QStringView Response);

@@ -51,21 +51,36 @@ bool ReadBack::GetAllRawMappings()
     m_lists.EnableControls(false);
     m_view.setVisible(Control::cmdCancelDownload, true);
     bool result = true;
-    bool full = false;
+    m_lastEnd = ReadBackEnd::Cancelled;
     m_pause(StartPause);
 
     while (m_model.DownloadActive) {
         // Where a click on "Cancel" is served; this pass's row is still read.
         m_view.processEvents();
         if (row > LastRow) {
-            full = true;
+            m_lastEnd = ReadBackEnd::RowLimit;
+            if (m_strict) {
+                const QString raw = GetRawMapping(static_cast<qint16>(row));
+                if (!goodReply())
+                    m_lastEnd = ReadBackEnd::FailedExchange;
+                else if (raw.isEmpty() || m_model.CurrentOutUnit == 0)
+                    m_lastEnd = ReadBackEnd::TableEnd;
+            }
             result = false;
             m_model.DownloadActive = false;
             break;
         }
         const QString raw = GetRawMapping(static_cast<qint16>(row));
+        const bool good = goodReply();
+        if (m_strict && !good) {
+            m_lastEnd = ReadBackEnd::FailedExchange;
+            result = false;
+            m_model.DownloadActive = false;
+            break;
+        }
         if (raw.isEmpty() || m_model.CurrentOutUnit == 0) {
             result = false; // the end of the table
+            m_lastEnd = good ? ReadBackEnd::TableEnd : ReadBackEnd::FailedExchange;
             m_model.DownloadActive = false;
             break;
         }
@@ -84,9 +99,18 @@ bool ReadBack::GetAllRawMappings()
     m_lists.EnableControls(true);
     m_view.setVisible(Control::cmdCancelDownload, false);
     m_model.MapStrings = static_cast<qint16>(row - 1);
-    if (full)
+    if (m_lastEnd == ReadBackEnd::RowLimit)
         m_view.setText(Control::lblError, LimitText());
     return result;
+}
+
+bool ReadBack::goodReply() const
+{
+    const Exchange &x = m_channel.lastExchange();
+    if (!m_strict)
+        return x.outcome == ExchangeOutcome::Complete;
+    return x.outcome == ExchangeOutcome::Complete && x.whole && x.discarded == 0 &&
+           (m_model.Response.isEmpty() || ReadStrictMapFields(m_model.Response));
 }
 
 void ReadBack::MapTableCompress()
