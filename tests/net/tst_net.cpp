@@ -140,7 +140,8 @@ private slots:
         const auto [rfc2217, cut] = DataTable<bool, bool>::fetch();
         const B held = "[1][4][2][1][1][0][0][0]\r\n[1][1][2][2][1][2][3][1]\r\n";
         SimProcess sim;
-        Ser2net server{rfc2217};
+        Ser2net server;
+        server.telnet = rfc2217;
         QVERIFY(sim.start({}, held) && server.start(sim.link()));
         {
             NetLine line;
