@@ -5,6 +5,7 @@
 
 #include "events/AdvancedConsole.h"
 #include "events/ClearAll.h"
+#include "events/HeldTest.h"
 #include "events/KeyboardEntry.h"
 #include "events/SelectionEvents.h"
 #include "events/UnitStatus.h"
@@ -62,8 +63,6 @@ protected:
 
 private:
     void wire();
-    // The release of a press-and-hold test: TestOff for the output it started on.
-    void endHeldTest(int output);
     // The read-back stopped at its last row: the operator is told so where it stays in view.
     void tellIfReadBackCut();
 
@@ -81,14 +80,11 @@ private:
     OutputTest m_test;
     SelectionEvents m_selection;
     KeyboardEntry m_entry;
+    HeldTest m_held;
     TallyFiles m_files;
     // The secondary windows before the logic that uses them, so that the logic goes first.
     UnitStatusWindow m_unitWindow;
     AdvancedWindow m_advancedWindow;
     UnitStatus m_unitStatus;
     AdvancedConsole m_advanced;
-    // The outputs whose tests Space in the output list and a press on "Test" started, until
-    // their release (0: none held).
-    int m_spaceOutput = 0;
-    int m_pressOutput = 0;
 };

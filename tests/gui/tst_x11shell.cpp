@@ -2,11 +2,14 @@
 // SPDX-License-Identifier: MIT
 
 // What only a real X display shows: the single-instance search among the desktop's windows,
-// and the shaped main window.
+// the shaped main window, and a key held down as the X server repeats it.
 #include "Studio.h"
 
 #include "gui/StartUp.h"
 #include "gui/TopLevelWindows.h"
+
+#include <atomic>
+#include <thread>
 
 class TestX11Shell : public QObject
 {
@@ -70,6 +73,43 @@ private slots:
         }
         QCOMPARE(counts[0][0], 0);
         QVERIFY(counts[0][1] > 100 && counts[1][0] > 500 && counts[1][1] < counts[1][0] / 10);
+    }
+
+    void heldSpace_data()
+    {
+        QTest::addColumn<int>("holdMs");
+        QTest::newRow("0.8 s") << 800;
+        QTest::newRow("4 s") << 4000;
+    }
+    // Space held in the output list while the machine is busy: whatever release and press pairs
+    // the server's key repeat sends, and however late they are handled, one test from press to
+    // release.
+    void heldSpace()
+    {
+        QFETCH(int, holdMs);
+        ScriptedStudio r;
+        QVERIFY(QTest::qWaitForWindowActive(&r.s.window));
+        r.s.window.setCurrentRow(Control::List1, 2);
+        r.s.window.setFocus(Control::List1);
+        r.port.commands.clear();
+        std::atomic<bool> busy = true;
+        std::vector<std::thread> load;
+        for (int k = 0; k < 3; ++k)
+            load.emplace_back([&busy] {
+                while (busy)
+                    std::this_thread::yield();
+            });
+        QProcess keys; // xdotool's keydown repeats like a held key
+        keys.start(u"xdotool"_s, {u"keydown"_s, u"space"_s, u"sleep"_s,
+                                  QString::number(holdMs / 1000.0), u"keyup"_s, u"space"_s});
+        QTRY_VERIFY_WITH_TIMEOUT(keys.state() == QProcess::NotRunning, holdMs + 30000);
+        busy = false;
+        for (std::thread &t : load)
+            t.join();
+        QCOMPARE(keys.exitCode(), 0);
+        QTRY_VERIFY(!r.s.model.OutputTestOn[3]);
+        QCOMPARE(r.port.commands, (QList<QByteArray>{"GetMap 1  3", "mapdisab 1  3", "Set 1  3",
+                                                     "Res 1  3", "MapEnab 1  3"}));
     }
 };
 
