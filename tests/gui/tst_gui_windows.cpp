@@ -150,6 +150,34 @@ private slots:
         QCOMPARE(r.port.commands.last(), "Map 1 1 2 " + QByteArray::number(row));
     }
 
+    void emptyPartOfAListChangesNothing_data()
+    {
+        QTest::addColumn<Control>("list");
+        QTest::addColumn<bool>("twice"); // a double click
+        QTest::newRow("List1, click") << Control::List1 << false;
+        QTest::newRow("List1, double click") << Control::List1 << true;
+        QTest::newRow("list2, click") << Control::list2 << false;
+        QTest::newRow("list2, double click") << Control::list2 << true;
+    }
+    // Below the last row: the current row stays, and stays highlighted, and nothing is sent.
+    void emptyPartOfAListChangesNothing()
+    {
+        QFETCH(Control, list);
+        QFETCH(bool, twice);
+        ScriptedStudio r;
+        TallyList *l = r.s.window.list(list);
+        l->setCurrentRow(3);
+        const QPoint below(l->viewport()->width() / 2, l->viewport()->height() - 3);
+        QVERIFY(!l->indexAt(below).isValid());
+        const qsizetype sent = r.port.commands.size();
+        QTest::mouseClick(l->viewport(), Qt::LeftButton, {}, below);
+        if (twice)
+            QTest::mouseDClick(l->viewport(), Qt::LeftButton, {}, below);
+        QCOMPARE(l->currentRow(), 3);
+        QCOMPARE(l->selectionModel()->selectedRows().value(0).row(), 3);
+        QCOMPARE(r.port.commands.size(), sent);
+    }
+
     void testThatStartsAlwaysEnds_data()
     {
         QTest::addColumn<QString>("name");
