@@ -518,8 +518,15 @@ int MainWindow::currentRow(Control c) const
 
 void MainWindow::setCurrentRow(Control c, int row)
 {
-    if (TallyList *l = list(c))
-        l->setCurrentRow(row);
+    TallyList *l = list(c);
+    if (!l)
+        return;
+    const bool again = row == l->currentRow();
+    l->setCurrentRow(row);
+    // The output row selected again, after a redraw of the list, is told as a move: the tests
+    // under way may have changed beneath it, and its read-out follows.
+    if (again && c == Control::List1)
+        emit l->currentRowChanged(row);
 }
 
 void MainWindow::showWindow(Window w, bool shown)

@@ -178,6 +178,27 @@ private slots:
         QCOMPARE(r.port.commands.size(), sent);
     }
 
+    void readOutAfterARedraw_data()
+    {
+        QTest::addColumn<Control>("redraw");
+        QTest::newRow("Refresh") << Control::cmdRefresh;
+        QTest::newRow("Clear All") << Control::cmdInit;
+    }
+    // Output 1 latched on row 0, then the list redrawn, which ends the test and selects row 0.
+    void readOutAfterARedraw()
+    {
+        QFETCH(Control, redraw);
+        ScriptedStudio r;
+        r.s.click(Control::chkTest);
+        QVERIFY(r.s.model.OutputTestOn[1]);
+        r.s.answers = {MessageResult::Ok}; // "Clear All" asks first
+        r.s.click(redraw);
+        QVERIFY(!r.s.model.OutputTestOn[1]);
+        QCOMPARE(r.s.window.isChecked(Control::chkTest), false);
+        QCOMPARE(r.s.w(Control::cmdTest)->palette().color(QPalette::Button),
+                 r.s.window.palette().color(QPalette::Button));
+    }
+
     void testThatStartsAlwaysEnds_data()
     {
         QTest::addColumn<QString>("name");
