@@ -286,6 +286,30 @@ private slots:
         QCOMPARE(unpainted, QStringList());
     }
 
+    void facesInTheirExactColours_data()
+    {
+        QTest::addColumn<Control>("button");
+        QTest::addColumn<Colour>("colour");
+        QTest::newRow("Test under test") << Control::cmdTest << Colours::Red;
+        QTest::newRow("online") << Control::cmdOnline << Colours::Green;
+        QTest::newRow("offline") << Control::cmdOnline << Colours::LightRed;
+    }
+    // Most of the face, all but its edge and caption, is the colour itself.
+    void facesInTheirExactColours()
+    {
+        QFETCH(Control, button);
+        QFETCH(Colour, colour);
+        ScriptedStudio r(0, colour != Colours::LightRed);
+        if (button == Control::cmdTest)
+            QTest::mousePress(r.s.w(button), Qt::LeftButton);
+        const QImage face = r.s.w(button)->grab().toImage();
+        qsizetype exact = 0;
+        for (int y = 0; y < face.height(); ++y)
+            for (int x = 0; x < face.width(); ++x)
+                exact += face.pixel(x, y) == qRgb(colour.red, colour.green, colour.blue);
+        QVERIFY2(exact * 2 > face.width() * face.height(), qPrintable(QString::number(exact)));
+    }
+
     void textsStayReadable()
     {
         QCOMPARE(ScriptedStudio(1000).s.boxes.value(0).text, ReadBack::LimitText()); // at 999
