@@ -281,6 +281,10 @@ MainWindow::MainWindow(Dialogs &dialogs, QWidget *parent)
     setObjectName(QStringLiteral("frmKestrelMain"));
     setWindowTitle(QStringLiteral("Kestrel"));
     setAttribute(Qt::WA_DeleteOnClose, false);
+    // On Wayland a mask shapes only where the window takes input: what lies outside the
+    // outline is left transparent instead. X11 applies the mask to the window itself.
+    if (QGuiApplication::platformName().startsWith(u"wayland"_s))
+        setAttribute(Qt::WA_TranslucentBackground);
     build();
 }
 
@@ -587,6 +591,8 @@ void MainWindow::beep() { QApplication::beep(); }
 void MainWindow::paintEvent(QPaintEvent *)
 {
     QPainter p(this);
+    if (!mask().isEmpty())
+        p.setClipRegion(mask());
     p.fillRect(rect(), QColor(82, 82, 169));
     p.drawPixmap(0, 0, m_artwork);
 }

@@ -15,7 +15,13 @@ class TestX11Shell : public QObject
 {
     Q_OBJECT
 private slots:
-    void initTestCase() { QVERIFY2(TopLevelWindows::onX11(), "needs an X display"); }
+    void initTestCase()
+    {
+        QVERIFY2(TopLevelWindows::onX11(), "needs an X display");
+        // The copies' single-instance socket, away from any other run.
+        QVERIFY(runtime.isValid());
+        qputenv("XDG_RUNTIME_DIR", QFile::encodeName(runtime.path()));
+    }
 
     void singleInstance_data()
     {
@@ -49,7 +55,8 @@ private slots:
             return MessageResult::Ok;
         });
         StartUp second(dialogs);
-        QTRY_VERIFY_WITH_TIMEOUT(second.anotherInstanceRunning() == blocks, 15000);
+        if (title.isEmpty()) // asked once the copy shows its window
+            QTRY_VERIFY_WITH_TIMEOUT(TopLevelWindows::existsWithTitle(u"Kestrel"_s), 15000);
         QCOMPARE(second.Form1_Load(), !blocks);
         QCOMPARE(told, blocks ? QStringList{u"An instance of Kestrel is already running"_s}
                               : QStringList());
@@ -111,6 +118,9 @@ private slots:
         QCOMPARE(r.port.commands, (QList<QByteArray>{"GetMap 1  3", "mapdisab 1  3", "Set 1  3",
                                                      "Res 1  3", "MapEnab 1  3"}));
     }
+
+private:
+    QTemporaryDir runtime;
 };
 
 QTEST_MAIN(TestX11Shell)
