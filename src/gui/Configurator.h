@@ -24,6 +24,7 @@
 #include "model/SystemModel.h"
 
 #include <QObject>
+#include <QSerialPort>
 #include <QString>
 
 class MainWindow;
@@ -50,6 +51,11 @@ public:
     // The main window is gone: the port is closed.
     void Form_Terminate();
 
+    // The line on standard error that says which device "Port Conflict" is about and why it
+    // could not be opened, with the remedy where there is one.
+    static QString portConflictLine(const QString &device, QSerialPort::SerialPortError error,
+                                    const QString &errorText, bool exists, bool accessible);
+
     MatrixLists &lists() { return m_lists; }
     CommandChannel &channel() { return m_channel; }
     DeviceCommands &commands() { return m_commands; }
@@ -63,6 +69,9 @@ protected:
 
 private:
     void wire();
+    // The operator's box says only the port number: the device and the reason go to standard
+    // error.
+    void tellPortConflict();
     // The read-back stopped at its last row: the operator is told so where it stays in view.
     void tellIfReadBackCut();
 

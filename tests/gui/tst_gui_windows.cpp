@@ -434,6 +434,32 @@ private slots:
             QCOMPARE(advanced.monitor()->toPlainText().section(u'\n', 1), u"GSTAT 9\nOK\n."_s);
     }
 
+    void portConflictSaysWhy_data()
+    {
+        QTest::addColumn<int>("error"); // QSerialPort::SerialPortError
+        QTest::addColumn<bool>("exists");
+        QTest::addColumn<bool>("accessible");
+        QTest::addColumn<bool>("dialout"); // the advice given
+        QTest::newRow("no such device")
+            << int(QSerialPort::DeviceNotFoundError) << false << false << false;
+        QTest::newRow("no permission")
+            << int(QSerialPort::PermissionError) << true << false << true;
+        QTest::newRow("held elsewhere")
+            << int(QSerialPort::PermissionError) << true << true << false;
+    }
+    void portConflictSaysWhy()
+    {
+        QFETCH(int, error);
+        QFETCH(bool, exists);
+        QFETCH(bool, accessible);
+        QFETCH(bool, dialout);
+        const QString line =
+            Configurator::portConflictLine(u"/dev/ttyUSB7"_s, QSerialPort::SerialPortError(error),
+                                           u"Reason"_s, exists, accessible);
+        QVERIFY(line.contains(u"/dev/ttyUSB7"_s));
+        QCOMPARE(line.contains(u"dialout"_s), dialout);
+    }
+
     void fileMissing()
     {
         ScriptedStudio r(0, true, -1);

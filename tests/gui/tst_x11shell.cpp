@@ -40,7 +40,8 @@ private slots:
         QTemporaryDir dir; // for a copy of the program, in a directory of its own
         QProcess running;
         if (title.isEmpty()) {
-            writeFile(dir.filePath(u"Kestrel.ini"_s), "[Kestrel]\r\nSystem=A\r\n");
+            writeFile(dir.filePath(u"Kestrel.ini"_s),
+                      "[Kestrel]\r\nSystem=A\r\nCommDevice=" + dir.filePath(u"no-tty"_s).toUtf8());
             QVERIFY(QFile::copy(QStringLiteral(KESTREL_BINARY), dir.filePath(u"kestrel"_s)));
             running.start(dir.filePath(u"kestrel"_s));
         } else {
@@ -55,8 +56,14 @@ private slots:
             return MessageResult::Ok;
         });
         StartUp second(dialogs);
-        if (title.isEmpty()) // asked once the copy shows its window
-            QTRY_VERIFY_WITH_TIMEOUT(TopLevelWindows::existsWithTitle(u"Kestrel"_s), 15000);
+        if (title.isEmpty()) { // asked once the copy shows its window
+            // Its "Port Conflict" box is the operator's; the device and the reason go to stderr.
+            QByteArray stderrText;
+            QTRY_VERIFY_WITH_TIMEOUT((stderrText += running.readAllStandardError())
+                                         .contains(dir.filePath(u"no-tty"_s).toUtf8()),
+                                     15000);
+            QTRY_VERIFY(TopLevelWindows::existsWithTitle(u"Kestrel"_s));
+        }
         QCOMPARE(second.Form1_Load(), !blocks);
         QCOMPARE(told, blocks ? QStringList{u"An instance of Kestrel is already running"_s}
                               : QStringList());
