@@ -113,6 +113,31 @@ private slots:
         QCOMPARE(r.s.window.list(Control::List1)->rows()->rowText(output - 1), text);
     }
 
+    // The unit status poll's period, as the tally system's log times the polls' commands.
+    void statusPollPeriod()
+    {
+        QTemporaryDir logDir;
+        const QString log = logDir.filePath(u"commands.log"_s);
+        SimStudio r({}, {u"--log"_s, log});
+        QVERIFY(r.started);
+        QList<QTime> polls;
+        auto logged = [&] {
+            QFile f(log);
+            polls.clear();
+            for (const QByteArray &line :
+                 f.open(QIODevice::ReadOnly) ? f.readAll().split('\n') : QByteArrayList())
+                if (line.endsWith(" BITS 1"))
+                    polls << QTime::fromString(QString::fromLatin1(line.left(12)),
+                                               u"HH:mm:ss.zzz"_s);
+            return polls.size();
+        };
+        r.s.click(Control::Check1);
+        QTRY_VERIFY(logged() >= 4);
+        r.s.click(Control::Check1);
+        const int mean = polls.first().msecsTo(polls.last()) / int(polls.size() - 1);
+        QVERIFY2(mean >= 150 && mean < 300, qPrintable(QString::number(mean))); // 200 ms
+    }
+
     void saveAndLoadBack()
     {
         const QByteArray rows = "[1][3][2][1][1][0][0][0]\r\n[1][1][2][2][1][2][3][1]\r\n"
