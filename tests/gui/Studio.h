@@ -23,8 +23,6 @@ inline QString writeFile(const QString &path, const QByteArray &bytes)
 
 inline QStringList sorted(QStringList list) { return list.sort(), list; }
 
-Q_DECLARE_METATYPE(Colour)
-
 // The main window with its beeps counted: a beep is how a time-out reaches the operator.
 struct CountingWindow : MainWindow
 {
