@@ -3,6 +3,7 @@
 
 #include "gui/AdvancedWindow.h"
 
+#include "gui/TitleStrip.h"
 #include "gui/Twips.h"
 
 #include <QCloseEvent>
@@ -46,6 +47,7 @@ void AdvancedWindow::build()
 
     setTabOrder(m_txtDirectCommand, send);
     setTabOrder(send, m_txtIBuffer);
+    TitleStrip::addTo(this);
 }
 
 QString AdvancedWindow::commandText() const { return m_txtDirectCommand->text(); }

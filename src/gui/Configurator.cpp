@@ -8,14 +8,26 @@
 #include "gui/TallyList.h"
 #include "gui/Twips.h"
 #include "gui/WindowOutline.h"
+#include "link/QtSerialPortAdapter.h"
 #include "link/SerialPort.h"
 #include "model/NumberText.h"
 
 #include <QAbstractButton>
+#include <QFile>
+#include <QFileInfo>
 #include <QKeyEvent>
 #include <QLineEdit>
 
-#include <utility>
+#include <chrono>
+#include <cstdio>
+
+#include <unistd.h>
+
+namespace {
+// Longer than one key repeat interval at the usual rates (25 to 40 a second), with room for a
+// busy machine's delay between a repeat's release and its press.
+constexpr std::chrono::milliseconds HeldKeyGrace{150};
+} // namespace
 
 Configurator::Configurator(SystemModel &model, MainWindow &window, SerialPort &port,
                            MonotonicClock clock, Pause pause)
@@ -29,6 +41,7 @@ Configurator::Configurator(SystemModel &model, MainWindow &window, SerialPort &p
       m_test(model, window, m_channel, m_readBack),
       m_selection(model, window, m_lists, m_mapping, m_test),
       m_entry(model, window, m_lists, m_mapping, m_selection),
+      m_held(model, window, m_test, m_selection, HeldKeyGrace),
       m_files(model, window, m_mapping, m_readBack, m_commands, m_clearing, m_lists),
       m_unitWindow(&window), m_unitStatus(model, window, m_unitWindow, m_channel, m_commands),
       m_advanced(window, m_advancedWindow, m_channel)
@@ -62,17 +75,19 @@ void Configurator::wire()
     TallyList *outputs = m_window.list(Control::List1);
     connect(outputs, &TallyList::rowClicked, this, [this] { m_selection.List1_Click(); });
     connect(outputs, &TallyList::keyDown, this, [this](QKeyEvent *e, bool *handled) {
-        if (e->key() == Qt::Key_Space && !m_spaceOutput)
-            m_spaceOutput = m_window.currentRow(Control::List1) + 1;
+        if (e->key() == Qt::Key_Space)
+            m_held.pressed(HeldTest::Source::Space, m_window.currentRow(Control::List1) + 1);
+        else
+            m_held.settle(); // the held Space was let go before this key
         *handled = m_selection.List1_KeyDown(e->key(), e->modifiers());
     });
     connect(outputs, &TallyList::keyUp, this, [this](QKeyEvent *e) {
-        // The desktop repeats a held key as release and press pairs: only the real release
-        // ends the test.
+        // A release the window system marks as a repeat's is one; one it marks as real may
+        // still be, and HeldTest decides.
         if (e->key() != Qt::Key_Space)
             m_selection.List1_KeyUp(e->key(), e->isAutoRepeat());
         else if (!e->isAutoRepeat())
-            endHeldTest(std::exchange(m_spaceOutput, 0));
+            m_held.released(HeldTest::Source::Space);
     });
     // The read-out always names the selected output, however the selection moved.
     connect(outputs, &TallyList::currentRowChanged, this, [this] { m_selection.GetOutChannel(); });
@@ -126,8 +141,8 @@ bool Configurator::eventFilter(QObject *watched, QEvent *event)
     if (watched == m_window.control(Control::List1)) {
         // Space held while the list loses the focus: its release goes elsewhere, so the test
         // ends here.
-        if (type == QEvent::FocusOut && m_spaceOutput)
-            endHeldTest(std::exchange(m_spaceOutput, 0));
+        if (type == QEvent::FocusOut)
+            m_held.lost(HeldTest::Source::Space);
         return false;
     }
 
@@ -146,11 +161,12 @@ bool Configurator::eventFilter(QObject *watched, QEvent *event)
         // Lit while any mouse button holds the button down. The second press of a double click
         // comes as a double-click event, and is a press all the same.
         if (press) {
-            m_pressOutput = outputUnderCursor;
+            m_held.settle();
+            m_held.pressed(HeldTest::Source::Button, outputUnderCursor);
             m_test.TestOn(outputUnderCursor);
             m_window.setFocus(Control::List1);
         } else if (type == QEvent::MouseButtonRelease) {
-            endHeldTest(std::exchange(m_pressOutput, 0));
+            m_held.released(HeldTest::Source::Button);
         }
         return false;
     }
@@ -180,19 +196,33 @@ bool Configurator::eventFilter(QObject *watched, QEvent *event)
     return false;
 }
 
-void Configurator::endHeldTest(int output)
+QString Configurator::portConflictLine(const QString &device, QSerialPort::SerialPortError error,
+                                       const QString &errorText, bool exists, bool accessible)
 {
-    // The selection may have moved while the button or key was held: the release still ends
-    // the test it started, addressed as the read-out names that output.
-    const int selected = m_window.currentRow(Control::List1) + 1;
-    if (output < 1 || output > m_model.NumberOfOutputs || output == selected) {
-        m_test.TestOff(selected);
+    const QString head = QStringLiteral("kestrel: Port Conflict: the serial port ") + device;
+    if (!exists || error == QSerialPort::DeviceNotFoundError)
+        return head + QStringLiteral(" does not exist (CommDevice or CommPort in Kestrel.ini)");
+    if (!accessible)
+        return head + QStringLiteral(" cannot be opened: no permission; add the account to the "
+                                     "group dialout (then log in again)");
+    if (error == QSerialPort::PermissionError)
+        return head + QStringLiteral(" is held by another program (%1)").arg(errorText);
+    return head + QStringLiteral(" cannot be opened: ") + errorText;
+}
+
+void Configurator::tellPortConflict()
+{
+    // Only the serial port says which device it tried and why it failed.
+    const auto *serial = dynamic_cast<const QtSerialPortAdapter *>(&m_port);
+    if (!serial)
         return;
-    }
-    m_window.setText(Control::lblOutUnit, QString::number(m_model.OutputUnit[output]));
-    m_window.setText(Control::lblOutChannel, QString::number(m_model.OutputChannel[output]));
-    m_test.TestOff(output);
-    m_selection.GetOutChannel(); // the read-out names the selected output again
+    const QString device = serial->devicePath();
+    const QByteArray path = QFile::encodeName(device);
+    const QString line =
+        portConflictLine(device, serial->openError(), serial->openErrorString(),
+                         QFileInfo::exists(device), ::access(path.constData(), R_OK | W_OK) == 0);
+    std::fprintf(stderr, "%s\n", line.toLocal8Bit().constData());
+    std::fflush(stderr);
 }
 
 void Configurator::tellIfReadBackCut()
@@ -242,6 +272,7 @@ bool Configurator::Form_Load(const QString &programDir)
     m_window.show();
 
     if (!m_port.PortOpen()) {
+        tellPortConflict();
         m_window.messageBox(QStringLiteral("The Serial Com port") +
                                 NumberField(m_model.KestrelCommport) +
                                 QStringLiteral("\rIs not available\rPlease correct and try again"),

@@ -5,6 +5,7 @@
 
 #include "events/AdvancedConsole.h"
 #include "events/ClearAll.h"
+#include "events/HeldTest.h"
 #include "events/KeyboardEntry.h"
 #include "events/SelectionEvents.h"
 #include "events/UnitStatus.h"
@@ -23,6 +24,7 @@
 #include "model/SystemModel.h"
 
 #include <QObject>
+#include <QSerialPort>
 #include <QString>
 
 class MainWindow;
@@ -49,6 +51,11 @@ public:
     // The main window is gone: the port is closed.
     void Form_Terminate();
 
+    // The line on standard error that says which device "Port Conflict" is about and why it
+    // could not be opened, with the remedy where there is one.
+    static QString portConflictLine(const QString &device, QSerialPort::SerialPortError error,
+                                    const QString &errorText, bool exists, bool accessible);
+
     MatrixLists &lists() { return m_lists; }
     CommandChannel &channel() { return m_channel; }
     DeviceCommands &commands() { return m_commands; }
@@ -62,8 +69,9 @@ protected:
 
 private:
     void wire();
-    // The release of a press-and-hold test: TestOff for the output it started on.
-    void endHeldTest(int output);
+    // The operator's box says only the port number: the device and the reason go to standard
+    // error.
+    void tellPortConflict();
     // The read-back stopped at its last row: the operator is told so where it stays in view.
     void tellIfReadBackCut();
 
@@ -81,14 +89,11 @@ private:
     OutputTest m_test;
     SelectionEvents m_selection;
     KeyboardEntry m_entry;
+    HeldTest m_held;
     TallyFiles m_files;
     // The secondary windows before the logic that uses them, so that the logic goes first.
     UnitStatusWindow m_unitWindow;
     AdvancedWindow m_advancedWindow;
     UnitStatus m_unitStatus;
     AdvancedConsole m_advanced;
-    // The outputs whose tests Space in the output list and a press on "Test" started, until
-    // their release (0: none held).
-    int m_spaceOutput = 0;
-    int m_pressOutput = 0;
 };

@@ -66,6 +66,35 @@ public:
     }
 };
 
+// The desktop's push button, except that a face given a colour of its own (red under test,
+// green online) is drawn flat in exactly that colour, which the style's shading would soften.
+class FlatFaceStyle : public QProxyStyle
+{
+public:
+    static constexpr const char *FlatFace = "flatFace";
+    using QProxyStyle::QProxyStyle;
+    void drawPrimitive(PrimitiveElement element, const QStyleOption *option, QPainter *painter,
+                       const QWidget *widget) const override
+    {
+        if (element != PE_PanelButtonCommand || !widget || !widget->property(FlatFace).toBool()) {
+            QProxyStyle::drawPrimitive(element, option, painter, widget);
+            return;
+        }
+        painter->fillRect(option->rect, option->palette.color(QPalette::Button));
+        painter->setPen(option->palette.color(QPalette::Shadow));
+        painter->drawRect(option->rect.adjusted(0, 0, -1, -1));
+    }
+};
+
+// A button's back colour: the desktop's face, or a flat one of the given colour.
+void setButtonFace(QWidget *w, const std::optional<QColor> &colour)
+{
+    w->setProperty(FlatFaceStyle::FlatFace, colour.has_value());
+    QPalette p = w->palette();
+    p.setColor(QPalette::Button, colour.value_or(QApplication::palette(w).color(QPalette::Button)));
+    w->setPalette(p);
+}
+
 // A control's face: family, size in points and weight. No family: the window's own.
 struct Face
 {
@@ -252,6 +281,10 @@ MainWindow::MainWindow(Dialogs &dialogs, QWidget *parent)
     setObjectName(QStringLiteral("frmKestrelMain"));
     setWindowTitle(QStringLiteral("Kestrel"));
     setAttribute(Qt::WA_DeleteOnClose, false);
+    // On Wayland a mask shapes only where the window takes input: what lies outside the
+    // outline is left transparent instead. X11 applies the mask to the window itself.
+    if (QGuiApplication::platformName().startsWith(u"wayland"_s))
+        setAttribute(Qt::WA_TranslucentBackground);
     build();
 }
 
@@ -286,7 +319,7 @@ void MainWindow::build()
     setPaletteColour(named[u"lblDownloading"_s], QPalette::WindowText, QColor(192, 192, 255));
     named[u"List1"_s]->setFocusPolicy(Qt::StrongFocus);
     named[u"list3"_s]->setToolTip(u"Select Seconday boolean parameter"_s);
-    setPaletteColour(named[u"cmdOnline"_s], QPalette::Button, QColor(255, 128, 128));
+    setButtonFace(named[u"cmdOnline"_s], QColor(255, 128, 128));
     auto *error = static_cast<Caption *>(named[u"lblError"_s]);
     setPaletteColour(error, QPalette::WindowText, Qt::yellow);
     connect(error, &Caption::clicked, error, &QLabel::clear);
@@ -307,6 +340,10 @@ void MainWindow::build()
     checkStyle->setParent(this); // made after the boxes, so that it goes after them
     for (QCheckBox *b : findChildren<QCheckBox *>())
         b->setStyle(checkStyle);
+    auto *buttonStyle = new FlatFaceStyle(QApplication::style()->name());
+    buttonStyle->setParent(this);
+    for (QPushButton *b : findChildren<QPushButton *>())
+        b->setStyle(buttonStyle);
 
     // A press on a control stays with it: only the bare background moves the window.
     QList<QWidget *> pressable = m_controls.values();
@@ -426,7 +463,7 @@ void MainWindow::setBackColour(Control c, Colour colour)
     if (auto *lamp = qobject_cast<Lamp *>(w))
         lamp->setColour(toQColor(colour));
     else if (w)
-        setPaletteColour(w, QPalette::Button, toQColor(colour));
+        setButtonFace(w, colour.buttonFace ? std::nullopt : std::optional(toQColor(colour)));
 }
 
 void MainWindow::setForeColour(Control c, Colour colour)
@@ -518,8 +555,15 @@ int MainWindow::currentRow(Control c) const
 
 void MainWindow::setCurrentRow(Control c, int row)
 {
-    if (TallyList *l = list(c))
-        l->setCurrentRow(row);
+    TallyList *l = list(c);
+    if (!l)
+        return;
+    const bool again = row == l->currentRow();
+    l->setCurrentRow(row);
+    // The output row selected again, after a redraw of the list, is told as a move: the tests
+    // under way may have changed beneath it, and its read-out follows.
+    if (again && c == Control::List1)
+        emit l->currentRowChanged(row);
 }
 
 void MainWindow::showWindow(Window w, bool shown)
@@ -547,6 +591,8 @@ void MainWindow::beep() { QApplication::beep(); }
 void MainWindow::paintEvent(QPaintEvent *)
 {
     QPainter p(this);
+    if (!mask().isEmpty())
+        p.setClipRegion(mask());
     p.fillRect(rect(), QColor(82, 82, 169));
     p.drawPixmap(0, 0, m_artwork);
 }

@@ -22,9 +22,13 @@ QString StartUp::socketPath()
 
 bool StartUp::anotherInstanceRunning()
 {
-    if (TopLevelWindows::onX11())
-        return TopLevelWindows::existsWithTitle(QStringLiteral("Kestrel"));
+    // A copy on the same X display shows its window; a copy on Wayland (or on another
+    // display) only holds the socket, which every copy holds whatever it runs on.
+    if (TopLevelWindows::onX11() && TopLevelWindows::existsWithTitle(QStringLiteral("Kestrel")))
+        return true;
 
+    if (m_server.isListening()) // this copy holds it
+        return false;
     const QString path = socketPath();
     QLocalSocket probe;
     probe.connectToServer(path);

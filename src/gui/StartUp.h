@@ -17,13 +17,14 @@ public:
     // without reading anything.
     bool Form1_Load();
 
-    // On X11 a top-level window titled "Kestrel" of any program; elsewhere the per-user local
-    // socket "Kestrel" that a running copy holds.
+    // On X11 a top-level window titled "Kestrel" of any program; on every platform the
+    // per-user local socket "Kestrel" that a running copy holds. A copy that finds neither
+    // holds the socket from then on.
     bool anotherInstanceRunning();
 
     static QString socketPath();
 
 private:
     Dialogs &m_dialogs;
-    QLocalServer m_server; // held for the life of the process where the display is not X11
+    QLocalServer m_server; // held for the life of the process
 };

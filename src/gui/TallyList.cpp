@@ -191,6 +191,30 @@ void TallyList::keyReleaseEvent(QKeyEvent *event)
     emit keyUp(event);
 }
 
+bool TallyList::onRow(const QMouseEvent *event) const
+{
+    return indexAt(event->position().toPoint()).isValid();
+}
+
+void TallyList::mousePressEvent(QMouseEvent *event)
+{
+    // The view would take the highlight off and keep the current row: the keys and buttons
+    // would then act on a row the operator cannot see.
+    if (onRow(event))
+        QTableView::mousePressEvent(event);
+    else
+        event->accept();
+}
+
+void TallyList::mouseMoveEvent(QMouseEvent *event)
+{
+    // A drag goes on over the rows only, as a press does.
+    if (onRow(event))
+        QTableView::mouseMoveEvent(event);
+    else
+        event->accept();
+}
+
 void TallyList::mouseReleaseEvent(QMouseEvent *event)
 {
     QTableView::mouseReleaseEvent(event);
@@ -199,6 +223,10 @@ void TallyList::mouseReleaseEvent(QMouseEvent *event)
 
 void TallyList::mouseDoubleClickEvent(QMouseEvent *event)
 {
+    if (!onRow(event)) {
+        event->accept();
+        return;
+    }
     QTableView::mouseDoubleClickEvent(event);
     emit rowDoubleClicked();
 }

@@ -39,7 +39,8 @@ private:
 
 // The list control of the main window: the table view over TallyListModel, telling the
 // operator's clicks, keys and row changes by signals. A row, once selected, stays highlighted:
-// the lists always have a selected row.
+// the lists always have a selected row, and a press in the empty part below the rows changes
+// nothing.
 class TallyList : public QTableView
 {
     Q_OBJECT
@@ -66,6 +67,8 @@ signals:
 protected:
     void keyPressEvent(QKeyEvent *event) override;
     void keyReleaseEvent(QKeyEvent *event) override;
+    void mousePressEvent(QMouseEvent *event) override;
+    void mouseMoveEvent(QMouseEvent *event) override;
     void mouseReleaseEvent(QMouseEvent *event) override;
     void mouseDoubleClickEvent(QMouseEvent *event) override;
     void resizeEvent(QResizeEvent *event) override;
@@ -74,6 +77,7 @@ protected:
 
 private:
     void applyColumnWidths();
+    bool onRow(const QMouseEvent *event) const;
 
     TallyListModel *m_model = nullptr;
     QList<int> m_weights;

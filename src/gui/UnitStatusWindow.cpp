@@ -3,6 +3,7 @@
 
 #include "gui/UnitStatusWindow.h"
 
+#include "gui/TitleStrip.h"
 #include "gui/Twips.h"
 
 #include <QCloseEvent>
@@ -148,6 +149,7 @@ void UnitStatusWindow::build()
     close->setAutoFillBackground(true);
     setPaletteColour(close, QPalette::Button, CloseButtonColour);
     m_cmdClose = close;
+    TitleStrip::addTo(this);
 }
 
 QAbstractButton *UnitStatusWindow::closeButton() const { return m_cmdClose; }

@@ -123,6 +123,9 @@ private slots:
             u"I1[Unassigned/0/0][Kü/2/1]"_s);
         row("any case, no blank in Output1", u"system=A\nOutput1=a,1,1\n"_s,
             u"A P1 U0, O0 I0[Unassigned/0/0]"_s);
+        row("the first gap ends each list",
+            u"System=A\nOutput 1=a,1,1\nOutput 3=c,1,3\nInput 1=x,2,1\nInput 3=z,2,3\n"_s,
+            u"A P1 U0, O1[a/1/1] I1[Unassigned/0/0][x/2/1]"_s);
         row("port 255", u"System=A\nCommPort = 255 \n"_s, u"A P255 U0, O0 I0[Unassigned/0/0]"_s);
         row("port 256", u"System=A\nCommPort=256\n"_s, u"A P1 U0, O0 I0[Unassigned/0/0]"_s);
         row("no system", u"Output 1=a,1,1\n"_s, u"unusable"_s);

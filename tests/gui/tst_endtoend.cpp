@@ -113,6 +113,33 @@ private slots:
         QCOMPARE(r.s.window.list(Control::List1)->rows()->rowText(output - 1), text);
     }
 
+    // The unit status poll's period, from the times kestrel-sim's log gives its commands: the
+    // middle gap, as a poll the busy machine delays makes one gap longer and the next shorter.
+    void statusPollPeriod()
+    {
+        QTemporaryDir logDir;
+        const QString log = logDir.filePath(u"commands.log"_s);
+        SimStudio r({}, {u"--log"_s, log});
+        auto polls = [&log] {
+            QList<QTime> at;
+            QFile f(log);
+            f.open(QIODevice::ReadOnly);
+            for (const QByteArray &line : f.readAll().split('\n'))
+                if (line.endsWith(" BITS 1"))
+                    at << QTime::fromString(QString::fromLatin1(line.left(12)), u"HH:mm:ss.zzz"_s);
+            return at;
+        };
+        r.s.click(Control::Check1);
+        QTRY_VERIFY(polls().size() >= 5);
+        const QList<QTime> at = polls();
+        QList<int> gaps;
+        for (qsizetype k = 1; k < at.size(); ++k)
+            gaps << at[k - 1].msecsTo(at[k]);
+        std::sort(gaps.begin(), gaps.end());
+        QVERIFY2(gaps[gaps.size() / 2] >= 150 && gaps[gaps.size() / 2] < 300, // 200 ms
+                 qPrintable(QString::number(gaps[gaps.size() / 2])));
+    }
+
     void saveAndLoadBack()
     {
         const QByteArray rows = "[1][3][2][1][1][0][0][0]\r\n[1][1][2][2][1][2][3][1]\r\n"

@@ -150,6 +150,35 @@ private slots:
         QCOMPARE(r.port.commands.last(), "Map 1 1 2 " + QByteArray::number(row));
     }
 
+    // A click or a double click below the last row: the current row stays, and stays
+    // highlighted, and nothing is sent.
+    void emptyPartOfAListChangesNothing()
+    {
+        ScriptedStudio r;
+        const qsizetype sent = r.port.commands.size();
+        for (Control list : {Control::List1, Control::list2}) {
+            TallyList *l = r.s.window.list(list);
+            l->setCurrentRow(3);
+            const QPoint below(l->viewport()->width() / 2, l->viewport()->height() - 3);
+            QTest::mouseClick(l->viewport(), Qt::LeftButton, {}, below);
+            QTest::mouseDClick(l->viewport(), Qt::LeftButton, {}, below);
+            QCOMPARE(l->selectionModel()->selectedRows().value(0).row(), 3);
+        }
+        QCOMPARE(r.port.commands.size(), sent);
+    }
+
+    // Output 1 latched on row 0, then the list redrawn, which ends every test and selects row 0.
+    void readOutAfterARedraw()
+    {
+        ScriptedStudio r;
+        for (Control redraw : {Control::cmdRefresh, Control::cmdInit}) {
+            r.s.click(Control::chkTest);
+            r.s.answers = {MessageResult::Ok}; // "Clear All" asks first
+            r.s.click(redraw);
+            QCOMPARE(r.s.window.isChecked(Control::chkTest), r.s.model.OutputTestOn[1]);
+        }
+    }
+
     void testThatStartsAlwaysEnds_data()
     {
         QTest::addColumn<QString>("name");
@@ -184,7 +213,7 @@ private slots:
         else
             QTest::mouseRelease(w, Qt::MouseButton(button));
         QCOMPARE(watch.presses, 0);
-        QVERIFY(!r.s.model.OutputTestOn[1]);
+        QTRY_VERIFY(!r.s.model.OutputTestOn[1]); // once the release is known not to be a repeat
         QVERIFY(name == u"cmdMapIt"_s || r.port.commands.endsWith("MapEnab 1  1"));
         QCOMPARE(r.s.window.text(Control::lblOutChannel), meanwhile == 2 ? u"2"_s : u"1"_s);
     }
@@ -235,6 +264,20 @@ private slots:
             if (w->isVisible() && !paintedFirst.contains(w))
                 unpainted << w->objectName();
         QCOMPARE(unpainted, QStringList());
+    }
+
+    // Most of each face, all but its edge and caption, is exactly its colour.
+    void facesInTheirExactColours()
+    {
+        ScriptedStudio online, offline(0, false);
+        QTest::mousePress(online.s.w(Control::cmdTest), Qt::LeftButton);
+        for (auto [face, colour] : {std::pair{online.s.w(Control::cmdTest), qRgb(255, 0, 0)},
+                                    {online.s.w(Control::cmdOnline), qRgb(0, 255, 0)},
+                                    {offline.s.w(Control::cmdOnline), qRgb(255, 128, 128)}}) {
+            const QImage shown = face->grab().toImage().convertToFormat(QImage::Format_RGB32);
+            const auto *px = reinterpret_cast<const QRgb *>(shown.constBits());
+            QVERIFY(std::count(px, px + shown.sizeInBytes() / 4, colour) > shown.sizeInBytes() / 8);
+        }
     }
 
     void textsStayReadable()
@@ -359,6 +402,18 @@ private slots:
         QCOMPARE(unit.watchUnitText(), u"1"_s);
         if (act >= 4 && open) // the time of day, then the exchange
             QCOMPARE(advanced.monitor()->toPlainText().section(u'\n', 1), u"GSTAT 9\nOK\n."_s);
+    }
+
+    // The advice to join dialout goes with a device the account may not use, not a missing one.
+    void portConflictSaysWhy()
+    {
+        const auto line = [](bool exists) {
+            return Configurator::portConflictLine(u"/dev/ttyUSB7"_s, QSerialPort::PermissionError,
+                                                  {}, exists, false);
+        };
+        QVERIFY(line(true).contains(
+            u"/dev/ttyUSB7 cannot be opened: no permission; add the account to the group dialout"_s));
+        QVERIFY(!line(false).contains(u"dialout"_s));
     }
 
     void fileMissing()
