@@ -35,7 +35,7 @@ double readBack(SystemModel &model, const QString &device, int rows)
     DevicePort adapter;
     adapter.PortSetDevice(device);
     if (!adapter.PortOpen()) {
-        std::fprintf(stderr, "%s\n", qPrintable(adapter.openErrorString()));
+        std::fprintf(stderr, "%s\n", qPrintable(adapter.openFailure()));
         return -1;
     }
     CountingPort port(adapter);

@@ -22,7 +22,7 @@ int main(int argc, char *argv[])
         return 0;
 
     auto model = std::make_unique<SystemModel>();
-    DevicePort port(DevicePort::ReportOnStandardError);
+    DevicePort port;
     MainWindow window(dialogs);
     Configurator configurator(*model, window, port);
     if (!configurator.Form_Load(QCoreApplication::applicationDirPath()))

@@ -8,12 +8,7 @@
 #include "config/SystemDescription.h"
 #include "files/TallyFile.h"
 
-#include <QDir>
 #include <QFile>
-#include <QFileInfo>
-#include <QLockFile>
-
-#include <unistd.h>
 
 using namespace Qt::StringLiterals;
 
@@ -106,53 +101,13 @@ bool ConsoleSession::describe(const QString &iniPath, QString *error)
     return true;
 }
 
-QString ConsoleSession::holderOf(const QString &path)
-{
-    // Qt Serial Port, which the window uses too, locks a port with a lock file named after
-    // it in the first of these folders it can write to; the file names the holder.
-    QString name = path.startsWith(u"/dev/"_s) ? path.mid(5) : path;
-    name = u"LCK.."_s + name.replace(u'/', u'_');
-    for (const char *dir : {"/var/lock", "/etc/locks", "/var/spool/locks", "/var/spool/uucp",
-                            "/tmp", "/var/tmp", "/var/lock/lockdev", "/run/lock"}) {
-        const QString lockPath = QDir(QString::fromLatin1(dir)).filePath(name);
-        qint64 pid = 0;
-        QString host;
-        QString program;
-        if (QFileInfo::exists(lockPath) && QLockFile(lockPath).getLockInfo(&pid, &host, &program))
-            return u"%1 (process %2)"_s.arg(program.isEmpty() ? u"a program"_s : program).arg(pid);
-    }
-    return {};
-}
-
 bool ConsoleSession::open(const QString &device, QString *error)
 {
     m_port.PortSetNumber(m_model->KestrelCommport);
     m_port.PortSetDevice(device.isEmpty() ? m_model->CommDevice : device);
     if (m_port.PortOpen())
         return true;
-    if (m_port.isNetwork()) {
-        *error = m_port.openErrorString();
-        return false;
-    }
-    const QString path = m_port.devicePath();
-    const bool exists = QFileInfo::exists(path);
-    const bool usable = ::access(QFile::encodeName(path).constData(), R_OK | W_OK) == 0;
-    if (!exists || m_port.openError() == QSerialPort::DeviceNotFoundError) {
-        *error = u"the serial port %1 does not exist (CommDevice or CommPort in Kestrel.ini, "
-                 u"or --device)"_s.arg(path);
-    } else if (const QString holder = holderOf(path);
-               m_port.openError() == QSerialPort::PermissionError && !holder.isEmpty()) {
-        *error = u"the serial port %1 is held by another program, %2: close it (the Kestrel "
-                 u"window holds its port while it runs) and try again"_s.arg(path, holder);
-    } else if (!usable) {
-        *error = u"no permission to use the serial port %1: add the account to the group "
-                 u"dialout (then log in again)"_s.arg(path);
-    } else if (m_port.openError() == QSerialPort::PermissionError) {
-        *error = u"the serial port %1 is held by another program (%2): close it and try "
-                 u"again"_s.arg(path, m_port.openErrorString());
-    } else {
-        *error = u"the serial port %1 cannot be opened: %2"_s.arg(path, m_port.openErrorString());
-    }
+    *error = m_port.openFailure();
     return false;
 }
 

@@ -80,8 +80,6 @@ public:
     QString noReplyText() const;
 
 private:
-    // "kestrel (process 1234)" for the program that holds the port at `path` locked, or "".
-    static QString holderOf(const QString &path);
     void check(const QString &command, const Exchange &exchange);
 
     Console &m_console;

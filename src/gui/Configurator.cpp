@@ -8,20 +8,15 @@
 #include "gui/TallyList.h"
 #include "gui/Twips.h"
 #include "gui/WindowOutline.h"
-#include "link/QtSerialPortAdapter.h"
 #include "link/SerialPort.h"
 #include "model/NumberText.h"
 
 #include <QAbstractButton>
-#include <QFile>
-#include <QFileInfo>
 #include <QKeyEvent>
 #include <QLineEdit>
 
 #include <chrono>
 #include <cstdio>
-
-#include <unistd.h>
 
 namespace {
 // Longer than one key repeat interval at the usual rates (25 to 40 a second), with room for a
@@ -196,32 +191,12 @@ bool Configurator::eventFilter(QObject *watched, QEvent *event)
     return false;
 }
 
-QString Configurator::portConflictLine(const QString &device, QSerialPort::SerialPortError error,
-                                       const QString &errorText, bool exists, bool accessible)
-{
-    const QString head = QStringLiteral("kestrel: Port Conflict: the serial port ") + device;
-    if (!exists || error == QSerialPort::DeviceNotFoundError)
-        return head + QStringLiteral(" does not exist (CommDevice or CommPort in Kestrel.ini)");
-    if (!accessible)
-        return head + QStringLiteral(" cannot be opened: no permission; add the account to the "
-                                     "group dialout (then log in again)");
-    if (error == QSerialPort::PermissionError)
-        return head + QStringLiteral(" is held by another program (%1)").arg(errorText);
-    return head + QStringLiteral(" cannot be opened: ") + errorText;
-}
-
 void Configurator::tellPortConflict()
 {
-    // Only the serial port says which device it tried and why it failed.
-    const auto *serial = dynamic_cast<const QtSerialPortAdapter *>(&m_port);
-    if (!serial)
+    const QString why = m_port.openFailure();
+    if (why.isEmpty())
         return;
-    const QString device = serial->devicePath();
-    const QByteArray path = QFile::encodeName(device);
-    const QString line =
-        portConflictLine(device, serial->openError(), serial->openErrorString(),
-                         QFileInfo::exists(device), ::access(path.constData(), R_OK | W_OK) == 0);
-    std::fprintf(stderr, "%s\n", line.toLocal8Bit().constData());
+    std::fprintf(stderr, "kestrel: Port Conflict: %s\n", why.toLocal8Bit().constData());
     std::fflush(stderr);
 }
 

@@ -51,11 +51,6 @@ public:
     // The main window is gone: the port is closed.
     void Form_Terminate();
 
-    // The line on standard error that says which device "Port Conflict" is about and why it
-    // could not be opened, with the remedy where there is one.
-    static QString portConflictLine(const QString &device, QSerialPort::SerialPortError error,
-                                    const QString &errorText, bool exists, bool accessible);
-
     MatrixLists &lists() { return m_lists; }
     CommandChannel &channel() { return m_channel; }
     DeviceCommands &commands() { return m_commands; }

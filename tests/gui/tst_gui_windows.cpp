@@ -5,6 +5,7 @@
 // scripted tally system: the operator's input paths by real mouse and key events, the layout
 // holding together, and the secondary windows' controls and close boxes reaching the logic.
 #include "Studio.h"
+#include "link/DevicePort.h"
 
 namespace {
 
@@ -408,11 +409,11 @@ private slots:
     void portConflictSaysWhy()
     {
         const auto line = [](bool exists) {
-            return Configurator::portConflictLine(u"/dev/ttyUSB7"_s, QSerialPort::PermissionError,
-                                                  {}, exists, false);
+            return DevicePort::serialFailure(u"/dev/ttyUSB7"_s, QSerialPort::PermissionError, {},
+                                             exists, false, {});
         };
         QVERIFY(line(true).contains(
-            u"/dev/ttyUSB7 cannot be opened: no permission; add the account to the group dialout"_s));
+            u"no permission to use the serial port /dev/ttyUSB7: add the account to the group dialout"_s));
         QVERIFY(!line(false).contains(u"dialout"_s));
     }
 

@@ -6,20 +6,18 @@
 #include "link/NetworkPort.h"
 #include "link/QtSerialPortAdapter.h"
 
-#include <functional>
-
 // The port CommDevice names: a device path opens the local serial port as before;
 // "socket://HOST:PORT" and "rfc2217://HOST:PORT" reach a serial device server or ser2net on the
 // network. The choice is made from the device text each time it is set.
 class DevicePort : public SerialPort
 {
 public:
-    // Told why the port could not be opened, with the system's reason.
-    using Report = std::function<void(const QString &why)>;
-    // Writes the reason to standard error, as "PROGRAM: why".
-    static void ReportOnStandardError(const QString &why);
-
-    explicit DevicePort(Report report = {});
+    // Why a local port could not be opened, from what the system said (`error`, `errorText`)
+    // and what the file system shows: missing, held by `holder` (a program's name, or ""), or
+    // closed to this account (with what to do about it).
+    static QString serialFailure(const QString &path, QSerialPort::SerialPortError error,
+                                 const QString &errorText, bool exists, bool accessible,
+                                 const QString &holder);
 
     void PortSetNumber(int number) override { m_serial.PortSetNumber(number); }
     void PortSetDevice(const QString &device) override;
@@ -39,12 +37,13 @@ public:
     {
         return m_onNetwork ? QSerialPort::NoError : m_serial.openError();
     }
-    QString openErrorString() const;
+    QString openFailure() const override;
 
 private:
     SerialPort &chosen();
+    // The program that holds the local port `path` by its lock file, or "".
+    static QString holderOf(const QString &path);
 
-    Report m_report;
     QString m_device;
     bool m_onNetwork = false;
     QtSerialPortAdapter m_serial;

@@ -27,6 +27,9 @@ public:
     virtual void PortSetDevice(const QString &path) = 0;
     // False when the port is not available.
     virtual bool PortOpen() = 0;
+    // Why the last PortOpen failed, naming the port and the system's reason; "" where the port
+    // cannot tell.
+    virtual QString openFailure() const { return {}; }
     virtual void PortClose() = 0;
 
     // Sends the bytes as given, no terminator of its own. A port that is not open swallows them.
