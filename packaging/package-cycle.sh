@@ -12,6 +12,7 @@
 #            file that it did not hold before the first install.
 #  headless  kestrelctl alone on a fresh chroot: no Qt GUI, X or Wayland library comes with it;
 #            it finds no system in Kestrel.ini as shipped; purged: nothing left.
+# Then Debian's piuparts runs its install and purge test of the four packages on the same base.
 # Needs root (chroot, mount) and Debian's archive (KESTREL_DEBIAN_MIRROR).
 set -euo pipefail
 
@@ -139,6 +140,19 @@ apt_get purge --autoremove kestrelctl kestrel-common >"$work/headless-purge.log"
     { cat "$work/headless-purge.log"; fail "purge kestrelctl"; exit 1; }
 snapshot >"$work/after"
 check "purge: nothing left that was not there before" diff "$work/before" "$work/after"
+
+echo "== piuparts: install and purge of the four packages"
+# Debian's own installation tester, on the same base: maintainer scripts, files left behind or
+# changed, broken links, all that it checks.
+[ -s "$base.tgz" ] && [ "$base.tgz" -nt "$base" ] || tar -C "$base" -czf "$base.tgz" .
+if piuparts -b "$base.tgz" -d bookworm -m "$mirror" --no-upgrade-test -l "$work/piuparts.log" \
+    "$dir"/kestrel_*.deb "$dir"/kestrelctl_*.deb "$dir"/kestrel-sim_*.deb \
+    "$dir"/kestrel-common_*.deb >/dev/null 2>&1; then
+    echo "ok:   $(grep -o 'PASS: All tests.*' "$work/piuparts.log")"
+else
+    grep -E 'FAIL|ERROR' "$work/piuparts.log" | tail -20 >&2
+    fail "piuparts"
+fi
 
 if [ "$failures" -ne 0 ]; then
     echo "$failures check(s) failed" >&2
