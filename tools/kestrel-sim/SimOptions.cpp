@@ -88,8 +88,10 @@ std::optional<SimOptions> ParseSimOptions(const QStringList &arguments)
     parser.setApplicationDescription(
         u"The virtual tally system: plays the Kestrel tally system on a pseudo-terminal."_s);
     const QCommandLineOption help({u"h"_s, u"help"_s}, u"Shows this help."_s);
+    const QCommandLineOption version({u"v"_s, u"version"_s}, u"Shows the version."_s);
     parser.addOptions({
         help,
+        version,
         {u"link"_s,
          u"Keeps a symbolic link to the port at PATH, replacing what was there; "
          u"removed on exit."_s,
@@ -121,6 +123,11 @@ std::optional<SimOptions> ParseSimOptions(const QStringList &arguments)
     if (parser.isSet(help)) {
         std::fputs(qPrintable(parser.helpText()), stdout);
         std::fputs(Details, stdout);
+        std::exit(0);
+    }
+    if (parser.isSet(version)) {
+        std::printf("kestrel-sim %d.%d.%d\n", KESTREL_VERSION_MAJOR, KESTREL_VERSION_MINOR,
+                    KESTREL_VERSION_PATCH);
         std::exit(0);
     }
     if (!parser.positionalArguments().isEmpty()) {
