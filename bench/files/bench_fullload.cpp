@@ -129,7 +129,7 @@ bool loadOnce(const QString &simPath, const QString &file, const QStringList &li
 
     const double cpu0 = cpuSeconds();
     const auto t0 = std::chrono::steady_clock::now();
-    const bool loaded = logic.files.LoadMatrixMappings(file, u"Full"_s);
+    const bool loaded = logic.files.LoadMatrixMappings(file, LoadMode::Full);
     run->wall = std::chrono::duration<double>(std::chrono::steady_clock::now() - t0).count();
     run->cpu = cpuSeconds() - cpu0;
     run->out = port.out.size();

@@ -34,8 +34,8 @@ void Configurator::wire()
     };
     clicked(Control::Check3, [this] { m_logic.lists.Check3_Click(); });
     clicked(Control::cmdMapIt, [this] { m_logic.selection.cmdMapIt_Click(); });
-    clicked(Control::cmdBoolAnd, [this] { m_logic.selection.cmdBool_Click(0); });
-    clicked(Control::cmdBoolOr, [this] { m_logic.selection.cmdBool_Click(1); });
+    clicked(Control::cmdBoolAnd, [this] { m_logic.selection.cmdBool_Click(AndMapping); });
+    clicked(Control::cmdBoolOr, [this] { m_logic.selection.cmdBool_Click(OrMapping); });
     clicked(Control::cmdOnline, [this] { m_logic.connection.cmdOnline_Click(); });
     clicked(Control::cmdRefresh, [this] {
         m_logic.readBack.cmdRefresh_Click();

@@ -60,8 +60,7 @@ void loadOffline(const QString &path, const QStringList &fields)
     FakeView view;
     ScriptedPort port;
     Logic logic(*model, view, port, port.clock(), port.pause());
-    require(logic.files.LoadMatrixMappings(path, QStringLiteral("Full")),
-            "a readable file was refused");
+    require(logic.files.LoadMatrixMappings(path, LoadMode::Full), "a readable file was refused");
     require(port.commands.isEmpty(), "offline, yet something reached the tally system");
 
     // What the load must leave: for each line in file order, the output its first two fields name
