@@ -5,6 +5,7 @@
 
 #include "gui/Dialogs.h"
 #include "gui/Lamp.h"
+#include "gui/Palette.h"
 #include "gui/PanelArtwork.h"
 #include "gui/TallyList.h"
 #include "gui/Twips.h"
@@ -199,13 +200,6 @@ const ControlRow Panel[] = {
 };
 // clang-format on
 
-void setPaletteColour(QWidget *w, QPalette::ColorRole role, const QColor &c)
-{
-    QPalette p = w->palette();
-    p.setColor(role, c);
-    w->setPalette(p);
-}
-
 // A caption's colour while the control is enabled; disabled, it is drawn in the desktop's
 // greyed text whatever its colour.
 void setCaptionColour(QWidget *w, QPalette::ColorRole role, const QColor &c)
@@ -220,7 +214,7 @@ void setCaptionColour(QWidget *w, QPalette::ColorRole role, const QColor &c)
 QWidget *make(const ControlRow &row, QWidget *panel)
 {
     const QString caption = QString::fromLatin1(row.caption);
-    const QColor ground(82, 82, 169);
+    const QColor ground = groundColour();
     const QColor cyan(0, 255, 255);
     switch (row.kind) {
     case Kind::Label:
@@ -354,8 +348,7 @@ void MainWindow::build()
     }
 
     // Offline until the link is tried.
-    for (Control c : {Control::cmdTest, Control::chkTest, Control::cmdRefresh, Control::Check1,
-                      Control::Check2})
+    for (Control c : OnlineOnlyControls)
         m_controls.value(c)->setEnabled(false);
 
     setTabOrder(control(Control::List1), control(Control::txtInput));
@@ -593,7 +586,7 @@ void MainWindow::paintEvent(QPaintEvent *)
     QPainter p(this);
     if (!mask().isEmpty())
         p.setClipRegion(mask());
-    p.fillRect(rect(), QColor(82, 82, 169));
+    p.fillRect(rect(), groundColour());
     p.drawPixmap(0, 0, m_artwork);
 }
 

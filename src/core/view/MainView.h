@@ -28,6 +28,10 @@ enum class Control {
 };
 // clang-format on
 
+// What needs the tally system: greyed while offline, from the start until the link is tried.
+inline constexpr Control OnlineOnlyControls[] = {
+    Control::cmdTest, Control::chkTest, Control::cmdRefresh, Control::Check1, Control::Check2};
+
 enum class Window { frmVerbose, frmUnitBits };
 
 // A colour as red, green, blue; or the desktop's own button face, whatever the palette says.
