@@ -410,10 +410,6 @@ void MainWindow::setToolTip(Control c, const QString &text)
 void MainWindow::setEnabled(Control c, bool enabled)
 {
     if (QWidget *w = control(c)) {
-        // Input that queued while the control was greyed (an online load serves no events)
-        // reaches it while it is still greyed, and so does nothing.
-        if (enabled && !w->isEnabled())
-            QCoreApplication::processEvents();
         w->setEnabled(enabled);
         paintIfBlocked(w);
     }
@@ -425,18 +421,25 @@ void MainWindow::setVisible(Control c, bool visible)
     if (!w)
         return;
     w->setVisible(visible);
-    if (c == Control::lblDownloading && visible != m_downloading) {
-        // A load or read-back is starting: it blocks the thread, so the whole window is painted
-        // now, over anything a closed dialog left on it.
-        m_downloading = visible;
-        if (visible) {
-            // Every control too: a window repaint alone leaves opaque ones to the backing store.
-            for (QWidget *child : findChildren<QWidget *>())
-                child->update();
-            repaint();
-        }
-    }
     paintIfBlocked(w);
+}
+
+void MainWindow::beginBlocking()
+{
+    if (m_downloading)
+        return;
+    // The whole window is painted now, over anything a closed dialog left on it; every control
+    // too: a window repaint alone leaves opaque ones to the backing store.
+    m_downloading = true;
+    for (QWidget *child : findChildren<QWidget *>())
+        child->update();
+    repaint();
+}
+
+void MainWindow::endBlocking()
+{
+    m_downloading = false;
+    QCoreApplication::processEvents();
 }
 
 void MainWindow::paintIfBlocked(QWidget *w)

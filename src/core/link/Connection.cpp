@@ -28,6 +28,7 @@ bool Connection::GoOnline()
             m_model.Online = true;
             result = true;
             done = true;
+            m_view.endBlocking(); // before the greyed controls come back
             enableOnlineControls(true);
             m_view.setText(Control::cmdOnline, u"Online"_s);
             m_view.setBackColour(Control::cmdOnline, Colours::Green);
