@@ -23,6 +23,12 @@ struct Watch : QObject
     }
 };
 
+enum class Act { Test, LatchPress, LatchEnter, EntryEnter };
+// A load serves no events: a press during it waits in the queue until the load ends.
+enum class When { ReadBack, OnlineLoad, Offline, OnlineLoadQueued };
+enum class Move { Drag, RightPress, DownAfterTab, CtrlClick }; // to another input row
+enum class Meanwhile { Nothing, FocusMovesOn, Down };
+
 } // namespace
 
 class TestGuiWindows : public QObject
@@ -31,39 +37,39 @@ class TestGuiWindows : public QObject
 private slots:
     void greyedControlNeverActs_data()
     {
-        QTest::addColumn<int>("act");  // Test, latch pressed, Enter on the latch, in the entry box
-        QTest::addColumn<int>("when"); // during a read-back, an online load, offline
+        QTest::addColumn<Act>("act");
+        QTest::addColumn<When>("when");
         const char *act[] = {"Test", "latch press", "latch Enter", "entry Enter"};
-        // A load serves no events: a press during it waits in the queue until the load ends.
         const char *when[] = {"read-back", "online load", "offline", "online load, queued"};
         for (int a = 0; a < 4; ++a)
             for (int w = 0; w < 4; ++w)
-                if (w != 2 || a % 2 == 0)
-                    QTest::addRow("%s: %s", when[w], act[a]) << a << w;
+                if (When(w) != When::Offline || a % 2 == 0) // offline, Enter only
+                    QTest::addRow("%s: %s", when[w], act[a]) << Act(a) << When(w);
     }
     // What the tally system hears and the latch shows is the same with or without the act.
     void greyedControlNeverActs()
     {
-        QFETCH(int, act);
-        QFETCH(int, when);
+        QFETCH(Act, act);
+        QFETCH(When, when);
+        const bool mouse = act == Act::Test || act == Act::LatchPress;
         auto run = [&](bool acting) {
-            ScriptedStudio r(3, when != 2);
+            ScriptedStudio r(3, when != When::Offline);
             r.s.window.entry()->setText(u"4"_s);
-            QWidget *target = r.s.w(act == 0   ? Control::cmdTest
-                                    : act == 3 ? Control::txtInput
-                                               : Control::chkTest);
+            QWidget *target = r.s.w(act == Act::Test         ? Control::cmdTest
+                                    : act == Act::EntryEnter ? Control::txtInput
+                                                             : Control::chkTest);
             auto press = [&] {
-                if (when == 3 && act < 2) {
+                if (when == When::OnlineLoadQueued && mouse) {
                     const QPointF at(3, 3);
                     for (QEvent::Type t : {QEvent::MouseButtonPress, QEvent::MouseButtonRelease})
                         QCoreApplication::postEvent(
                             target,
                             new QMouseEvent(t, at, target->mapToGlobal(at), Qt::LeftButton,
                                             Qt::MouseButtons(t == QEvent::MouseButtonPress), {}));
-                } else if (when == 3) {
+                } else if (when == When::OnlineLoadQueued) {
                     QCoreApplication::postEvent(
                         target, new QKeyEvent(QEvent::KeyPress, Qt::Key_Return, {}));
-                } else if (act < 2) {
+                } else if (mouse) {
                     QTest::mouseClick(target, Qt::LeftButton);
                 } else {
                     QTest::keyClick(target, Qt::Key_Return);
@@ -76,8 +82,8 @@ private slots:
                 }
             };
             const qsizetype before = r.port.commands.size();
-            if (when != 2)
-                r.s.click(when ? Control::cmdLoadMatrix : Control::cmdRefresh);
+            if (when != When::Offline)
+                r.s.click(when == When::ReadBack ? Control::cmdRefresh : Control::cmdLoadMatrix);
             else if (acting)
                 press();
             QCoreApplication::processEvents();
@@ -116,33 +122,34 @@ private slots:
 
     void entryBoxFollowsTheInputList_data()
     {
-        QTest::addColumn<int>("how");
+        QTest::addColumn<Move>("how");
         QTest::addColumn<int>("row");
-        QTest::newRow("drag from row 2") << 0 << 5;
-        QTest::newRow("right press") << 1 << 4;
-        QTest::newRow("Down after Tab") << 2 << 3;
-        QTest::newRow("ctrl+click on the current row") << 3 << 2;
+        QTest::newRow("drag from row 2") << Move::Drag << 5;
+        QTest::newRow("right press") << Move::RightPress << 4;
+        QTest::newRow("Down after Tab") << Move::DownAfterTab << 3;
+        QTest::newRow("ctrl+click on the current row") << Move::CtrlClick << 2;
     }
     void entryBoxFollowsTheInputList()
     {
-        QFETCH(int, how);
+        QFETCH(Move, how);
         QFETCH(int, row);
         ScriptedStudio r;
         TallyList *inputs = r.s.window.list(Control::list2);
         auto at = [&](int n) { return inputs->visualRect(inputs->model()->index(n, 0)).center(); };
         r.s.window.setCurrentRow(Control::list2, 2);
         r.s.window.setFocus(Control::txtInput);
-        if (how == 0) {
+        if (how == Move::Drag) {
             QTest::mousePress(inputs->viewport(), Qt::LeftButton, {}, at(2));
             QTest::mouseMove(inputs->viewport(), at(row));
             QTest::mouseRelease(inputs->viewport(), Qt::LeftButton, {}, at(row));
-        } else if (how == 2) {
+        } else if (how == Move::DownAfterTab) {
             for (int i = 0; i < 9 && QApplication::focusWidget() != inputs; ++i)
                 QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
             QTest::keyClick(inputs, Qt::Key_Down);
         } else {
-            QTest::mouseClick(inputs->viewport(), how == 1 ? Qt::RightButton : Qt::LeftButton,
-                              how == 3 ? Qt::ControlModifier : Qt::NoModifier, at(row));
+            QTest::mouseClick(
+                inputs->viewport(), how == Move::RightPress ? Qt::RightButton : Qt::LeftButton,
+                how == Move::CtrlClick ? Qt::ControlModifier : Qt::NoModifier, at(row));
         }
         QCOMPARE(inputs->selectionModel()->selectedRows().value(0).row(), row);
         QCOMPARE(r.s.window.entry()->text(), QString::number(row));
@@ -183,19 +190,20 @@ private slots:
     void testThatStartsAlwaysEnds_data()
     {
         QTest::addColumn<QString>("name");
-        QTest::addColumn<int>("button");    // none: Space held in the output list
-        QTest::addColumn<int>("meanwhile"); // 1: the focus moves on, 2: Down in the list
-        QTest::newRow("Test, right") << u"cmdTest"_s << int(Qt::RightButton) << 0;
-        QTest::newRow("Map Tally, right") << u"cmdMapIt"_s << int(Qt::RightButton) << 0;
-        QTest::newRow("Test, Down") << u"cmdTest"_s << int(Qt::LeftButton) << 2;
-        QTest::newRow("Space, focus moves on") << u"List1"_s << int(Qt::NoButton) << 1;
-        QTest::newRow("Space, Down") << u"List1"_s << int(Qt::NoButton) << 2;
+        QTest::addColumn<int>("button");          // none: Space held in the output list
+        QTest::addColumn<Meanwhile>("meanwhile"); // Down: in the output list
+        using enum Meanwhile;
+        QTest::newRow("Test, right") << u"cmdTest"_s << int(Qt::RightButton) << Nothing;
+        QTest::newRow("Map Tally, right") << u"cmdMapIt"_s << int(Qt::RightButton) << Nothing;
+        QTest::newRow("Test, Down") << u"cmdTest"_s << int(Qt::LeftButton) << Down;
+        QTest::newRow("Space, focus moves on") << u"List1"_s << int(Qt::NoButton) << FocusMovesOn;
+        QTest::newRow("Space, Down") << u"List1"_s << int(Qt::NoButton) << Down;
     }
     void testThatStartsAlwaysEnds()
     {
         QFETCH(QString, name);
         QFETCH(int, button);
-        QFETCH(int, meanwhile);
+        QFETCH(Meanwhile, meanwhile);
         ScriptedStudio r;
         Watch watch; // on the background, whose presses move the window
         r.s.window.installEventFilter(&watch);
@@ -205,9 +213,9 @@ private slots:
         else
             QTest::mousePress(w, Qt::MouseButton(button));
         QCOMPARE(r.s.model.OutputTestOn[1], name != u"cmdMapIt"_s);
-        if (meanwhile == 1)
+        if (meanwhile == Meanwhile::FocusMovesOn)
             r.s.window.setFocus(Control::txtInput);
-        if (meanwhile == 2)
+        if (meanwhile == Meanwhile::Down)
             QTest::keyClick(r.s.window.list(Control::List1), Qt::Key_Down);
         if (button == Qt::NoButton)
             QTest::keyRelease(QApplication::focusWidget(), Qt::Key_Space);
@@ -216,7 +224,8 @@ private slots:
         QCOMPARE(watch.presses, 0);
         QTRY_VERIFY(!r.s.model.OutputTestOn[1]); // once the release is known not to be a repeat
         QVERIFY(name == u"cmdMapIt"_s || r.port.commands.endsWith("MapEnab 1  1"));
-        QCOMPARE(r.s.window.text(Control::lblOutChannel), meanwhile == 2 ? u"2"_s : u"1"_s);
+        QCOMPARE(r.s.window.text(Control::lblOutChannel),
+                 meanwhile == Meanwhile::Down ? u"2"_s : u"1"_s);
     }
 
     void fileDialogHandsTypedNamesOn_data()
