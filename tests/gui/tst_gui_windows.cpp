@@ -28,6 +28,7 @@ enum class Act { Test, LatchPress, LatchEnter, EntryEnter };
 enum class When { ReadBack, OnlineLoad, Offline, OnlineLoadQueued };
 enum class Move { Drag, RightPress, DownAfterTab, CtrlClick }; // to another input row
 enum class Meanwhile { Nothing, FocusMovesOn, Down };
+enum class Shown { Main, UnitStatus, Advanced, MainBoolean }; // the window laid out
 
 } // namespace
 
@@ -326,22 +327,22 @@ private slots:
 
     void layout_data()
     {
-        QTest::addColumn<int>("window"); // the main window in its Boolean layout at 3
+        QTest::addColumn<Shown>("window");
         const char *name[] = {"main", "unit status", "advanced", "main, Boolean layout"};
         for (int w = 0; w < 4; ++w)
-            QTest::newRow(name[w]) << w;
+            QTest::newRow(name[w]) << Shown(w);
     }
     // Every control lies inside the window's outline, and none covers another. A label without
     // a background of its own covers only its text.
     void layout()
     {
-        QFETCH(int, window);
+        QFETCH(Shown, window);
         ScriptedStudio r;
         for (Control box : {Control::Check1, Control::Check2, Control::Check3})
-            if (box != Control::Check3 || window == 3)
+            if (box != Control::Check3 || window == Shown::MainBoolean)
                 r.s.click(box);
         QWidget *w = QList<QWidget *>{&r.s.window, &r.s.logic.unitStatusWindow(),
-                                      &r.s.logic.advancedWindow()}[window % 3];
+                                      &r.s.logic.advancedWindow()}[int(window) % 3];
         QVERIFY(w->isVisible());
         const QRegion outline = w->mask().isEmpty() ? QRegion(w->rect()) : w->mask();
         QList<std::pair<QRect, QString>> controls;
