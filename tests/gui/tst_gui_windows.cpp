@@ -5,6 +5,7 @@
 // scripted tally system: the operator's input paths by real mouse and key events, the layout
 // holding together, and the secondary windows' controls and close boxes reaching the logic.
 #include "Studio.h"
+#include "core/DataTable.h"
 #include "link/DevicePort.h"
 
 namespace {
@@ -95,20 +96,16 @@ private slots:
 
     void secondPressOfADoubleClickIsAPress_data()
     {
-        QTest::addColumn<bool>("latched");
-        QTest::addColumn<Control>("control");
-        QTest::addColumn<QList<QByteArray>>("sent");
+        const DataTable<bool, Control, QList<QByteArray>> row; // latched, control, sent
         const QList<QByteArray> on{"GetMap 1  2", "mapdisab 1  2", "Set 1  2"};
         const QList<QByteArray> off{"Res 1  2", "MapEnab 1  2"};
-        QTest::newRow("latch") << false << Control::chkTest << on + off;
-        QTest::newRow("Test") << false << Control::cmdTest << on + off + on + off;
-        QTest::newRow("Test, latched output") << true << Control::cmdTest << off + on + off;
+        row("latch", false, Control::chkTest, on + off);
+        row("Test", false, Control::cmdTest, on + off + on + off);
+        row("Test, latched output", true, Control::cmdTest, off + on + off);
     }
     void secondPressOfADoubleClickIsAPress()
     {
-        QFETCH(bool, latched);
-        QFETCH(Control, control);
-        QFETCH(QList<QByteArray>, sent);
+        const auto [latched, control, sent] = DataTable<bool, Control, QList<QByteArray>>::fetch();
         ScriptedStudio r;
         r.s.window.setCurrentRow(Control::List1, 1);
         if (latched)
@@ -123,17 +120,15 @@ private slots:
 
     void entryBoxFollowsTheInputList_data()
     {
-        QTest::addColumn<Move>("how");
-        QTest::addColumn<int>("row");
-        QTest::newRow("drag from row 2") << Move::Drag << 5;
-        QTest::newRow("right press") << Move::RightPress << 4;
-        QTest::newRow("Down after Tab") << Move::DownAfterTab << 3;
-        QTest::newRow("ctrl+click on the current row") << Move::CtrlClick << 2;
+        const DataTable<Move, int> to; // the way, and the input row it ends on
+        to("drag from row 2", Move::Drag, 5);
+        to("right press", Move::RightPress, 4);
+        to("Down after Tab", Move::DownAfterTab, 3);
+        to("ctrl+click on the current row", Move::CtrlClick, 2);
     }
     void entryBoxFollowsTheInputList()
     {
-        QFETCH(Move, how);
-        QFETCH(int, row);
+        const auto [how, row] = DataTable<Move, int>::fetch();
         ScriptedStudio r;
         TallyList *inputs = r.s.window.list(Control::list2);
         auto at = [&](int n) { return inputs->visualRect(inputs->model()->index(n, 0)).center(); };
@@ -190,21 +185,19 @@ private slots:
 
     void testThatStartsAlwaysEnds_data()
     {
-        QTest::addColumn<QString>("name");
-        QTest::addColumn<int>("button");          // none: Space held in the output list
-        QTest::addColumn<Meanwhile>("meanwhile"); // Down: in the output list
+        // The control pressed, the button (none: Space held in the output list), then what
+        // happens meanwhile (Down: in the output list).
+        const DataTable<QString, int, Meanwhile> row;
         using enum Meanwhile;
-        QTest::newRow("Test, right") << u"cmdTest"_s << int(Qt::RightButton) << Nothing;
-        QTest::newRow("Map Tally, right") << u"cmdMapIt"_s << int(Qt::RightButton) << Nothing;
-        QTest::newRow("Test, Down") << u"cmdTest"_s << int(Qt::LeftButton) << Down;
-        QTest::newRow("Space, focus moves on") << u"List1"_s << int(Qt::NoButton) << FocusMovesOn;
-        QTest::newRow("Space, Down") << u"List1"_s << int(Qt::NoButton) << Down;
+        row("Test, right", u"cmdTest"_s, int(Qt::RightButton), Nothing);
+        row("Map Tally, right", u"cmdMapIt"_s, int(Qt::RightButton), Nothing);
+        row("Test, Down", u"cmdTest"_s, int(Qt::LeftButton), Down);
+        row("Space, focus moves on", u"List1"_s, int(Qt::NoButton), FocusMovesOn);
+        row("Space, Down", u"List1"_s, int(Qt::NoButton), Down);
     }
     void testThatStartsAlwaysEnds()
     {
-        QFETCH(QString, name);
-        QFETCH(int, button);
-        QFETCH(Meanwhile, meanwhile);
+        const auto [name, button, meanwhile] = DataTable<QString, int, Meanwhile>::fetch();
         ScriptedStudio r;
         Watch watch; // on the background, whose presses move the window
         r.s.window.installEventFilter(&watch);
@@ -372,20 +365,18 @@ private slots:
 
     void secondaryWindows_data()
     {
-        QTest::addColumn<int>("act");
-        QTest::addColumn<QByteArray>("sent"); // the last command sent
+        const DataTable<int, QByteArray> row; // the act, the last command sent
         const char *name[] = {"unit: up, down",      "unit: Close Window",
                               "unit: close box",     "unit: main window closed",
                               "advanced: send",      "advanced: Enter",
                               "advanced: close box", "advanced: main window closed"};
         const QByteArray sent[] = {"GSTAT 1", {}, {}, {}, "GSTAT 9", "GSTAT 9", {}, {}};
         for (int a = 0; a < 8; ++a)
-            QTest::newRow(name[a]) << a << sent[a];
+            row(name[a], a, sent[a]);
     }
     void secondaryWindows()
     {
-        QFETCH(int, act);
-        QFETCH(QByteArray, sent);
+        const auto [act, sent] = DataTable<int, QByteArray>::fetch();
         ScriptedStudio r;
         UnitStatusWindow &unit = r.s.logic.unitStatusWindow();
         AdvancedWindow &advanced = r.s.logic.advancedWindow();
