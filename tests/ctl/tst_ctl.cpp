@@ -4,6 +4,8 @@
 // kestrelctl run as a program against kestrel-sim: what goes on the wire, what it prints, and its
 // exit status.
 
+#include "core/DataTable.h"
+
 #include <QFile>
 #include <QProcess>
 #include <QRegularExpression>
@@ -18,12 +20,12 @@
 
 using namespace Qt::StringLiterals;
 
-// clang-format off
-// A column of the current data row, where an expression wants it.
-#define FETCH(type, name) ([] { QFETCH(type, name); return name; }())
-// clang-format on
-
 namespace {
+
+// The arguments, the tally file, then the exit status, standard output, standard error's
+// pattern, the commands received, the table left, and the setup.
+using RunRows =
+    DataTable<QString, QByteArray, int, QByteArray, QString, QString, QByteArray, QString>;
 
 QByteArray readFile(const QString &path)
 {
@@ -121,21 +123,14 @@ private slots:
     // program holds its port.
     void run_data()
     {
-        QTest::addColumn<QString>("arguments");
-        QTest::addColumn<QByteArray>("file");
-        QTest::addColumn<int>("status");
-        QTest::addColumn<QByteArray>("out");
-        QTest::addColumn<QString>("err");
-        QTest::addColumn<QString>("wire");
-        QTest::addColumn<QByteArray>("table");
-        QTest::addColumn<QString>("setup");
-        const auto row = [](const char *name, int status, const QString &arguments,
-                            const QByteArray &file, const QByteArray &out, const QString &err,
-                            const QString &wire, const QByteArray &table = Held,
-                            const QString &setup = {}) {
+        const RunRows rows;
+        const auto row = [&rows](const char *name, int status, const QString &arguments,
+                                 const QByteArray &file, const QByteArray &out, const QString &err,
+                                 const QString &wire, const QByteArray &table = Held,
+                                 const QString &setup = {}) {
             const QString line = u"\\Akestrelctl: "_s + err + u"[^\n]*\n\\z"_s;
-            QTest::newRow(name) << arguments << file << status << out
-                                << (err.isEmpty() ? u"\\A\\z"_s : line) << wire << table << setup;
+            rows(name, arguments, file, status, out, err.isEmpty() ? u"\\A\\z"_s : line, wire,
+                 table, setup);
         };
         const QString apply = u"apply %1/show.qvr"_s, verify = u"verify %1/show.qvr"_s;
         const QByteArray file = lines("[1][1][2][1][1][0][0][0] [1][2][2][3][1][0][0][0] "
@@ -220,9 +215,8 @@ private slots:
     }
     void run()
     {
-        QFETCH(QString, arguments);
-        QFETCH(QByteArray, file);
-        QFETCH(QString, setup);
+        const auto [arguments, file, wantStatus, wantOut, errPattern, wire, table, setup] =
+            RunRows::fetch();
         Studio s;
         QVERIFY(s.start(
             file, setup == u"silent"_s ? QStringList{u"--fault"_s, u"silent"_s} : QStringList(),
@@ -230,15 +224,15 @@ private slots:
         QSerialPort holder(s.path(u"tty"_s));
         QVERIFY(setup != u"held"_s || holder.open(QIODevice::ReadWrite));
         const auto [status, out, err] = s.ctl(arguments);
-        QCOMPARE(status, FETCH(int, status));
-        QCOMPARE(out, FETCH(QByteArray, out));
-        const QRegularExpression errLine(FETCH(QString, err));
+        QCOMPARE(status, wantStatus);
+        QCOMPARE(out, wantOut);
+        const QRegularExpression errLine(errPattern);
         QVERIFY2(errLine.match(QString::fromLocal8Bit(err)).hasMatch(), err);
-        QCOMPARE(s.wire().join(u'|'), FETCH(QString, wire));
+        QCOMPARE(s.wire().join(u'|'), wire);
         // Not even the probe went out before the failure.
-        if (status == 2 && FETCH(QString, wire).isEmpty() && setup != u"silent"_s)
+        if (status == 2 && wire.isEmpty() && setup != u"silent"_s)
             QCOMPARE(readFile(s.path(u"log"_s)), QByteArray());
-        QCOMPARE(readFile(s.path(u"state"_s)), FETCH(QByteArray, table));
+        QCOMPARE(readFile(s.path(u"state"_s)), table);
         QCOMPARE(readFile(s.path(u"show.qvr"_s)),
                  arguments.startsWith(u"read --overwrite"_s) ? Device : file);
     }
