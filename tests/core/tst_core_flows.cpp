@@ -6,6 +6,7 @@
 // entry box, the output test, tally files and "Clear All".
 
 #include "DataTable.h"
+#include "support/Files.h"
 #include "support/LinkRig.h"
 
 #include <QDir>
@@ -44,11 +45,7 @@ QString look(const LinkRig &r)
         .arg(v.text(Control::txtInput), v.text(Control::lblOutChannel), v.text(Control::lblError));
 }
 
-QByteArray contents(const QString &path)
-{
-    QFile f(path);
-    return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray("<none>");
-}
+QByteArray contents(const QString &path) { return readFile(path, "<none>"); }
 } // namespace
 
 // "Cancel" is clicked while row cancelAt is read: the tally system's rows (a number: that

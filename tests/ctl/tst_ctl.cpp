@@ -5,6 +5,7 @@
 // exit status.
 
 #include "core/DataTable.h"
+#include "support/Files.h"
 
 #include <QFile>
 #include <QProcess>
@@ -26,12 +27,6 @@ namespace {
 // pattern, the commands received, the table left, and the setup.
 using RunRows =
     DataTable<QString, QByteArray, int, QByteArray, QString, QString, QByteArray, QString>;
-
-QByteArray readFile(const QString &path)
-{
-    QFile f(path);
-    return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
-}
 
 // Map strings given blank-separated, as the lines of a tally file.
 QByteArray lines(const char *rows) { return QByteArray(rows).replace(' ', "\r\n") + "\r\n"; }
@@ -61,15 +56,14 @@ struct Studio
     bool start(const QByteArray &show, const QStringList &simArguments = {},
                const QByteArray &held = Held)
     {
-        const auto writeFile = [this](const QString &name, const QByteArray &bytes) {
-            QFile f(path(name));
-            return f.open(QIODevice::WriteOnly) && f.write(bytes) == bytes.size();
+        const auto write = [this](const QString &name, const QByteArray &bytes) {
+            return !writeFile(path(name), bytes).isEmpty();
         };
         QString ini = u"[Kestrel]\r\nSystem=Test\r\nEnabledUnits=1,2\r\nCommDevice=%1/tty\r\n"_s;
         for (int i = 1; i <= 6; ++i)
             ini += u"Output %1=Out %1,1,%1\r\nInput %1=In %1,2,%1\r\n"_s.arg(i);
-        if (!writeFile(u"Kestrel.ini"_s, ini.arg(dir.path()).toLocal8Bit()) ||
-            !writeFile(u"rows.qvr"_s, held) || !writeFile(u"show.qvr"_s, show))
+        if (!write(u"Kestrel.ini"_s, ini.arg(dir.path()).toLocal8Bit()) ||
+            !write(u"rows.qvr"_s, held) || !write(u"show.qvr"_s, show))
             return false;
         const QString options = u"--link %1/tty --log %1/log --state %1/state --rows %1/rows.qvr"_s;
         sim.start(QStringLiteral(KESTREL_SIM_PATH),

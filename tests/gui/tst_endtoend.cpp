@@ -122,9 +122,7 @@ private slots:
         SimStudio r({}, {u"--log"_s, log});
         auto polls = [&log] {
             QList<QTime> at;
-            QFile f(log);
-            f.open(QIODevice::ReadOnly);
-            for (const QByteArray &line : f.readAll().split('\n'))
+            for (const QByteArray &line : readFile(log).split('\n'))
                 if (line.endsWith(" BITS 1"))
                     at << QTime::fromString(QString::fromLatin1(line.left(12)), u"HH:mm:ss.zzz"_s);
             return at;
@@ -149,9 +147,7 @@ private slots:
         const QString path = r.s.dir.filePath(u"saved.qvr"_s);
         r.s.files = {path};
         r.s.click(Control::cmdSaveMatrix);
-        QFile saved(path);
-        QVERIFY(saved.open(QIODevice::ReadOnly));
-        QCOMPARE(saved.readAll(), rows);
+        QCOMPARE(readFile(path, "<none>"), rows);
 
         r.s.click(Control::cmdInit); // Clear All, answered with the box's default: Cancel
         QCOMPARE(r.s.mapped().size(), 3);

@@ -6,6 +6,7 @@
 
 #include "SimSession.h"
 #include "core/DataTable.h"
+#include "support/Files.h"
 
 #include <QTemporaryDir>
 #include <QTest>
@@ -19,13 +20,6 @@ const QStringList Unpaced = {u"--baud"_s, u"0"_s};
 QByteArray linesOf(const QByteArrayList &rows)
 {
     return rows.isEmpty() ? QByteArray() : rows.join("\r\n") + "\r\n";
-}
-
-QString writeFile(const QTemporaryDir &dir, const QByteArray &text)
-{
-    QFile file(dir.filePath(u"rows.qvr"_s));
-    return file.open(QIODevice::WriteOnly) && file.write(text) == text.size() ? file.fileName()
-                                                                              : QString();
 }
 
 using CommandRows = DataTable<QByteArrayList, QByteArrayList, QByteArray, QByteArrayList>;
@@ -109,8 +103,9 @@ private slots:
         QTemporaryDir dir;
         const QString state = dir.filePath(u"state.qvr"_s);
         SimSession sim;
-        QVERIFY2(sim.start(Unpaced + QStringList{u"--state"_s, state, u"--rows"_s,
-                                                 writeFile(dir, linesOf(preload))}),
+        QVERIFY2(sim.start(Unpaced +
+                           QStringList{u"--state"_s, state, u"--rows"_s,
+                                       writeFile(dir.filePath(u"rows.qvr"_s), linesOf(preload))}),
                  sim.problem.constData());
         for (const QByteArray &c : commands.first(commands.size() - 1)) // answered at all
             QVERIFY(sim.exchange(c).endsWith("\r\n."));
@@ -139,7 +134,8 @@ private slots:
         QFETCH(QByteArray, line);
         QTemporaryDir dir;
         SimSession sim;
-        const QString rows = writeFile(dir, linesOf({"[2][5][1][3][1][0][0][0]", line}));
+        const QString rows =
+            writeFile(dir.filePath(u"rows.qvr"_s), linesOf({"[2][5][1][3][1][0][0][0]", line}));
         QVERIFY(!sim.start(Unpaced + QStringList{u"--rows"_s, rows}));
         QVERIFY2(sim.problem.contains("line 2 is not a map string"), sim.problem.constData());
     }
