@@ -20,9 +20,7 @@
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 using Act = std::function<void(LinkRig &)>;
-Q_DECLARE_METATYPE(Act)
 using Flow = std::function<QString(LinkRig &)>; // does its part, then says what it sees
-Q_DECLARE_METATYPE(Flow)
 
 namespace {
 // Every output index that holds a mapping, with its source as filed: "2= 3 5=7".
