@@ -10,16 +10,9 @@
 //
 //   bench_fullload [RUNS] [SIM]     RUNS default 3; SIM the kestrel-sim program
 
-#include "files/TallyFiles.h"
-#include "link/CommandChannel.h"
-#include "link/Connection.h"
-#include "link/DeviceCommands.h"
+#include "events/Logic.h"
 #include "link/QtSerialPortAdapter.h"
-#include "matrix/Clearing.h"
 #include "matrix/MapString.h"
-#include "matrix/Mapping.h"
-#include "matrix/MatrixLists.h"
-#include "matrix/ReadBack.h"
 #include "model/NumberText.h"
 #include "model/SystemModel.h"
 #include "support/LineBench.h"
@@ -122,15 +115,8 @@ bool loadOnce(const QString &simPath, const QString &file, const QStringList &li
     }
     CountingPort port(adapter);
     QuietView view;
-    CommandChannel channel(model, view, port);
-    MatrixLists lists(model, view);
-    Clearing clearing(model, view);
-    DeviceCommands commands(model, channel);
-    Connection connection(model, view, channel);
-    ReadBack readBack(model, view, channel, lists, clearing, commands);
-    Mapping mapping(model, view, channel, commands, lists);
-    TallyFiles files(model, view, mapping, readBack, commands, clearing, lists);
-    if (!connection.GoOnline()) {
+    Logic logic(model, view, port);
+    if (!logic.connection.GoOnline()) {
         std::fprintf(stderr, "kestrel-sim did not answer the probe\n");
         return false;
     }
@@ -143,7 +129,7 @@ bool loadOnce(const QString &simPath, const QString &file, const QStringList &li
 
     const double cpu0 = cpuSeconds();
     const auto t0 = std::chrono::steady_clock::now();
-    const bool loaded = files.LoadMatrixMappings(file, u"Full"_s);
+    const bool loaded = logic.files.LoadMatrixMappings(file, LoadMode::Full);
     run->wall = std::chrono::duration<double>(std::chrono::steady_clock::now() - t0).count();
     run->cpu = cpuSeconds() - cpu0;
     run->out = port.out.size();
@@ -186,7 +172,7 @@ bool loadOnce(const QString &simPath, const QString &file, const QStringList &li
     // The tally system's own table, for the first, a boolean and the last line.
     for (int n : {0, 2, 3, 997, 998}) {
         const MapFields m = ReadMapFields(lines[n]);
-        channel.SendCommand(u"GetMap"_s + NumberField(m[0]) + u" "_s + NumberField(m[1]));
+        logic.channel.SendCommand(u"GetMap"_s + NumberField(m[0]) + u" "_s + NumberField(m[1]));
         if (model.Response != lines[n]) {
             std::fprintf(stderr, "row of line %d on the tally system: \"%s\", file: \"%s\"\n",
                          n + 1, qPrintable(model.Response), qPrintable(lines[n]));

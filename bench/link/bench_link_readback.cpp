@@ -8,12 +8,9 @@
 //
 //   bench_link_readback [ROWS] [SIM]     ROWS 1..999 (default 999); SIM the kestrel-sim program
 
-#include "link/CommandChannel.h"
-#include "link/DeviceCommands.h"
+#include "events/Logic.h"
 #include "link/QtSerialPortAdapter.h"
-#include "matrix/Clearing.h"
 #include "matrix/MapString.h"
-#include "matrix/MatrixLists.h"
 #include "matrix/ReadBack.h"
 #include "model/SystemModel.h"
 #include "support/LineBench.h"
@@ -85,15 +82,11 @@ int main(int argc, char *argv[])
     }
     CountingPort port(adapter);
     QuietView view;
-    CommandChannel channel(model, view, port);
-    MatrixLists lists(model, view);
-    Clearing clearing(model, view);
-    DeviceCommands commands(model, channel);
-    ReadBack readBack(model, view, channel, lists, clearing, commands);
+    Logic logic(model, view, port);
 
     const double cpu0 = cpuSeconds();
     const auto t0 = std::chrono::steady_clock::now();
-    readBack.GetAllRawMappings();
+    logic.readBack.GetAllRawMappings();
     const double wall =
         std::chrono::duration<double>(std::chrono::steady_clock::now() - t0).count();
     const double cpu = cpuSeconds() - cpu0;

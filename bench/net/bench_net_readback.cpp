@@ -7,12 +7,9 @@
 //
 //   bench_net_readback [ROWS]     ROWS 1..999 (default 999)
 
-#include "link/CommandChannel.h"
-#include "link/DeviceCommands.h"
+#include "events/Logic.h"
 #include "link/DevicePort.h"
-#include "matrix/Clearing.h"
 #include "matrix/MapString.h"
-#include "matrix/MatrixLists.h"
 #include "matrix/ReadBack.h"
 #include "model/SystemModel.h"
 #include "support/LineBench.h"
@@ -40,13 +37,9 @@ double readBack(SystemModel &model, const QString &device, int rows)
     }
     CountingPort port(adapter);
     QuietView view;
-    CommandChannel channel(model, view, port);
-    MatrixLists lists(model, view);
-    Clearing clearing(model, view);
-    DeviceCommands commands(model, channel);
-    ReadBack back(model, view, channel, lists, clearing, commands);
+    Logic logic(model, view, port);
     const auto t0 = std::chrono::steady_clock::now();
-    back.GetAllRawMappings();
+    logic.readBack.GetAllRawMappings();
     const double wall =
         std::chrono::duration<double>(std::chrono::steady_clock::now() - t0).count();
     std::printf("%-16s %.3f s, %lld bytes out, %lld in\n", qPrintable(device.section(u':', 0, 0)),

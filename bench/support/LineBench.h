@@ -58,6 +58,8 @@ public:
     }
     QString chooseFile(FileDialog, const QString &, const QString &) override { return {}; }
     void processEvents() override { QCoreApplication::processEvents(); }
+    void beginBlocking() override {}
+    void endBlocking() override {}
     void beep() override {}
 
     QStringList boxes; // "title: text" of every message box, which a clean run has none of

@@ -14,16 +14,12 @@ using namespace Qt::StringLiterals;
 
 ConsoleSession::ConsoleSession(Console &console, ConsoleView &view)
     : m_console(console), m_view(view), m_model(std::make_unique<SystemModel>()),
-      m_channel(*m_model, view, m_port), m_lists(*m_model, view), m_clearing(*m_model, view),
-      m_commands(*m_model, m_channel),
-      m_readBack(*m_model, view, m_channel, m_lists, m_clearing, m_commands),
-      m_mapping(*m_model, view, m_channel, m_commands, m_lists),
-      m_files(*m_model, view, m_mapping, m_readBack, m_commands, m_clearing, m_lists)
+      m_logic(*m_model, view, m_port)
 {
-    m_channel.setQuietWait(QuietTime);
-    m_channel.setObserver(
+    m_logic.channel.setQuietWait(QuietTime);
+    m_logic.channel.setObserver(
         [this](const QString &command, const Exchange &exchange) { check(command, exchange); });
-    m_readBack.setStrict(true);
+    m_logic.readBack.setStrict(true);
 }
 
 void ConsoleSession::check(const QString &command, const Exchange &exchange)
@@ -95,7 +91,7 @@ bool ConsoleSession::describe(const QString &iniPath, QString *error)
     }
     if (!description.limitWarning().isEmpty())
         m_console.note(QString(description.limitWarning()).replace(u"\r\n"_s, u" "_s));
-    m_lists.FillLists();
+    m_logic.lists.FillLists();
     for (Control list : {Control::List1, Control::list2, Control::list3})
         m_view.setCurrentRow(list, 0);
     return true;
@@ -124,7 +120,7 @@ bool ConsoleSession::goOnline(QString *error)
     m_console.begin(u"probing"_s);
     for (const QString &command : {QString(), u"\rVER"_s}) {
         if (!failed())
-            m_channel.SendCommand(command);
+            m_logic.channel.SendCommand(command);
     }
     m_console.end();
     m_model->Online = !failed();
@@ -138,16 +134,16 @@ bool ConsoleSession::readTable(QStringList *lines, QString *error)
     // Reckoned as a row for every declared output, "Comp" and the row that ends the table.
     m_console.begin(u"reading back"_s, m_model->NumberOfOutputs + 2, Console::BytesPerRow);
     // As the window's Save: a table with cleared rows in it would end at the first of them.
-    m_readBack.MapTableCompress();
+    m_logic.readBack.MapTableCompress();
     if (!failed())
-        *lines = m_files.SavedLines();
+        *lines = m_logic.files.SavedLines();
     m_console.end();
     const int rows = m_model->MapStrings;
     if (failed()) {
         *error = m_failure + u" (after %1 rows of the table)"_s.arg(rows);
         return false;
     }
-    switch (m_readBack.lastEnd()) {
+    switch (m_logic.readBack.lastEnd()) {
     case ReadBackEnd::TableEnd:
         return true;
     case ReadBackEnd::RowLimit:

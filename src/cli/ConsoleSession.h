@@ -4,15 +4,9 @@
 #pragma once
 
 #include "cli/ConsoleView.h"
-#include "files/TallyFiles.h"
-#include "link/CommandChannel.h"
-#include "link/DeviceCommands.h"
+#include "events/Logic.h"
 #include "link/DevicePort.h"
-#include "matrix/Clearing.h"
 #include "matrix/MapString.h"
-#include "matrix/Mapping.h"
-#include "matrix/MatrixLists.h"
-#include "matrix/ReadBack.h"
 #include "model/SystemModel.h"
 
 #include <QString>
@@ -24,9 +18,9 @@
 
 class Console;
 
-// The configurator's logic put together on the console view and one serial port, as the
-// window's Configurator does on the window: the same parts, so that kestrelctl sends exactly
-// what the window sends. The steps of a start each fail with one line saying why.
+// The configurator's logic on the console view and one serial port, as the window's
+// Configurator has it on the window: the same parts, so that kestrelctl sends exactly what the
+// window sends. The steps of a start each fail with one line saying why.
 // Unlike the window it trusts no reply it cannot check: every exchange must be complete, its
 // reply its own command's, whole, and no error reply; the first one that is not is kept as the
 // session's failure, and the commands stop there.
@@ -70,11 +64,11 @@ public:
 
     SystemModel &model() { return *m_model; }
     ConsoleView &view() { return m_view; }
-    CommandChannel &channel() { return m_channel; }
-    DeviceCommands &commands() { return m_commands; }
-    Mapping &mapping() { return m_mapping; }
-    ReadBack &readBack() { return m_readBack; }
-    TallyFiles &files() { return m_files; }
+    CommandChannel &channel() { return m_logic.channel; }
+    DeviceCommands &commands() { return m_logic.commands; }
+    Mapping &mapping() { return m_logic.mapping; }
+    ReadBack &readBack() { return m_logic.readBack; }
+    TallyFiles &files() { return m_logic.files; }
 
     // What no reply within the deadline says, for the failure lines.
     QString noReplyText() const;
@@ -86,13 +80,7 @@ private:
     ConsoleView &m_view;
     std::unique_ptr<SystemModel> m_model;
     DevicePort m_port;
-    CommandChannel m_channel;
-    MatrixLists m_lists;
-    Clearing m_clearing;
-    DeviceCommands m_commands;
-    ReadBack m_readBack;
-    Mapping m_mapping;
-    TallyFiles m_files;
+    Logic m_logic;
     QString m_failure;
     int m_exchanges = 0;
     std::function<void()> m_onFailure;

@@ -47,6 +47,9 @@ public:
                              MessageIcon icon, MessageResult defaultButton) override;
     QString chooseFile(FileDialog, const QString &, const QString &) override { return {}; }
     void processEvents() override;
+    // Nothing to paint, and no input to hold back.
+    void beginBlocking() override {}
+    void endBlocking() override {}
     void beep() override {}
 
 private:

@@ -37,20 +37,23 @@ const QString Commands =
     u"FILE - is standard input (load, verify, apply) or standard output (read).\n"
     u"Failures: one line on standard error and status 2."_s;
 
+// The one option a command takes beside the common ones, if any.
+enum class CommandOption { None, Partial, Overwrite, Duration };
+
+constexpr int AnyNumber = -1;
+
 struct Usage
 {
     QString command;
-    int minimum = 0;
+    int minimum = 0; // arguments after the command
     int maximum = 0;
-    bool partial = false;
-    bool overwrite = false;
-    bool duration = false;
+    CommandOption option = CommandOption::None;
 };
 
 const QList<Usage> Usages = {
-    {u"read"_s, 0, 1, false, true, false},    {u"load"_s, 1, 1, true, false, false},
-    {u"verify"_s, 1, 1, false, false, false}, {u"apply"_s, 1, 1, true, false, false},
-    {u"send"_s, 1, -1, false, false, false},  {u"watch"_s, 1, 1, false, false, true},
+    {u"read"_s, 0, 1, CommandOption::Overwrite},    {u"load"_s, 1, 1, CommandOption::Partial},
+    {u"verify"_s, 1, 1, CommandOption::None},       {u"apply"_s, 1, 1, CommandOption::Partial},
+    {u"send"_s, 1, AnyNumber, CommandOption::None}, {u"watch"_s, 1, 1, CommandOption::Duration},
 };
 
 // Everything after "send" is the raw command, "-5" included: a "--" goes in behind it.
@@ -132,14 +135,15 @@ int Kestrelctl::run(const QStringList &arguments)
                           : u"no command \"%1\" (kestrelctl --help lists them)"_s.arg(command));
         return ExitFailure;
     }
-    if (words.size() < usage->minimum || (usage->maximum >= 0 && words.size() > usage->maximum)) {
+    if (words.size() < usage->minimum ||
+        (usage->maximum != AnyNumber && words.size() > usage->maximum)) {
         console.error(u"%1: wrong number of arguments (kestrelctl --help)"_s.arg(command));
         return ExitFailure;
     }
-    for (const auto &[option, allowed] :
-         {std::pair{&partial, usage->partial}, std::pair{&overwrite, usage->overwrite},
-          std::pair{&duration, usage->duration}}) {
-        if (parser.isSet(*option) && !allowed) {
+    for (const auto &[option, taken] : {std::pair{&partial, CommandOption::Partial},
+                                        std::pair{&overwrite, CommandOption::Overwrite},
+                                        std::pair{&duration, CommandOption::Duration}}) {
+        if (parser.isSet(*option) && usage->option != taken) {
             console.error(u"%1: --%2 does not apply"_s.arg(command, option->names().first()));
             return ExitFailure;
         }

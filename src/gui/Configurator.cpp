@@ -18,29 +18,12 @@
 #include <chrono>
 #include <cstdio>
 
-namespace {
-// Longer than one key repeat interval at the usual rates (25 to 40 a second), with room for a
-// busy machine's delay between a repeat's release and its press.
-constexpr std::chrono::milliseconds HeldKeyGrace{150};
-} // namespace
-
 Configurator::Configurator(SystemModel &model, MainWindow &window, SerialPort &port,
                            MonotonicClock clock, Pause pause)
-    : m_model(model), m_window(window), m_port(port),
-      m_channel(model, window, port, std::move(clock)), m_lists(model, window),
-      m_clearing(model, window), m_commands(model, m_channel),
-      m_clearAll(model, window, m_commands, m_clearing, m_lists),
-      m_connection(model, window, m_channel, pause),
-      m_readBack(model, window, m_channel, m_lists, m_clearing, m_commands, pause),
-      m_mapping(model, window, m_channel, m_commands, m_lists),
-      m_test(model, window, m_channel, m_readBack),
-      m_selection(model, window, m_lists, m_mapping, m_test),
-      m_entry(model, window, m_lists, m_mapping, m_selection),
-      m_held(model, window, m_test, m_selection, HeldKeyGrace),
-      m_files(model, window, m_mapping, m_readBack, m_commands, m_clearing, m_lists),
-      m_unitWindow(&window), m_unitStatus(model, window, m_unitWindow, m_channel, m_commands),
-      m_advanced(window, m_advancedWindow, m_channel)
+    : m_model(model), m_window(window), m_port(port), m_unitWindow(&window),
+      m_logic(model, window, port, std::move(clock), std::move(pause))
 {
+    m_logic.addSecondaryViews(m_unitWindow, m_advancedWindow);
     wire();
 }
 
@@ -49,74 +32,67 @@ void Configurator::wire()
     auto clicked = [this](Control c, auto handler) {
         connect(m_window.button(c), &QAbstractButton::clicked, this, handler);
     };
-    clicked(Control::Check3, [this] { m_lists.Check3_Click(); });
-    clicked(Control::cmdMapIt, [this] { m_selection.cmdMapIt_Click(); });
-    clicked(Control::cmdBoolAnd, [this] { m_selection.cmdBool_Click(0); });
-    clicked(Control::cmdBoolOr, [this] { m_selection.cmdBool_Click(1); });
-    clicked(Control::cmdOnline, [this] { m_connection.cmdOnline_Click(); });
+    clicked(Control::Check3, [this] { m_logic.lists.Check3_Click(); });
+    clicked(Control::cmdMapIt, [this] { m_logic.selection.cmdMapIt_Click(); });
+    clicked(Control::cmdBoolAnd, [this] { m_logic.selection.cmdBool_Click(AndMapping); });
+    clicked(Control::cmdBoolOr, [this] { m_logic.selection.cmdBool_Click(OrMapping); });
+    clicked(Control::cmdOnline, [this] { m_logic.connection.cmdOnline_Click(); });
     clicked(Control::cmdRefresh, [this] {
-        m_readBack.cmdRefresh_Click();
+        m_logic.readBack.cmdRefresh_Click();
         tellIfReadBackCut();
     });
-    clicked(Control::cmdInit, [this] { m_clearAll.cmdInit_Click(); });
-    clicked(Control::cmdCancelDownload, [this] { m_channel.cmdCancelDownload_Click(); });
-    clicked(Control::cmdLoadMatrix, [this] { m_files.cmdLoadMatrix_Click(); });
-    clicked(Control::cmdPartLoadMatrix, [this] { m_files.cmdPartLoadMatrix_Click(); });
+    clicked(Control::cmdInit, [this] { m_logic.clearAll.cmdInit_Click(); });
+    clicked(Control::cmdCancelDownload, [this] { m_logic.channel.cmdCancelDownload_Click(); });
+    clicked(Control::cmdLoadMatrix, [this] { m_logic.files.cmdLoadMatrix_Click(); });
+    clicked(Control::cmdPartLoadMatrix, [this] { m_logic.files.cmdPartLoadMatrix_Click(); });
     clicked(Control::cmdSaveMatrix, [this] {
-        m_files.cmdSaveMatrix_Click(); // online, a read-back first
+        m_logic.files.cmdSaveMatrix_Click(); // online, a read-back first
         tellIfReadBackCut();
     });
 
     TallyList *outputs = m_window.list(Control::List1);
-    connect(outputs, &TallyList::rowClicked, this, [this] { m_selection.List1_Click(); });
+    connect(outputs, &TallyList::rowClicked, this, [this] { m_logic.selection.List1_Click(); });
     connect(outputs, &TallyList::keyDown, this, [this](QKeyEvent *e, bool *handled) {
-        if (e->key() == Qt::Key_Space)
-            m_held.pressed(HeldTest::Source::Space, m_window.currentRow(Control::List1) + 1);
-        else
-            m_held.settle(); // the held Space was let go before this key
-        *handled = m_selection.List1_KeyDown(e->key(), e->modifiers());
+        *handled = m_logic.held.List1_KeyDown(e->key(), e->modifiers());
     });
-    connect(outputs, &TallyList::keyUp, this, [this](QKeyEvent *e) {
-        // A release the window system marks as a repeat's is one; one it marks as real may
-        // still be, and HeldTest decides.
-        if (e->key() != Qt::Key_Space)
-            m_selection.List1_KeyUp(e->key(), e->isAutoRepeat());
-        else if (!e->isAutoRepeat())
-            m_held.released(HeldTest::Source::Space);
-    });
+    connect(outputs, &TallyList::keyUp, this,
+            [this](QKeyEvent *e) { m_logic.held.List1_KeyUp(e->key(), e->isAutoRepeat()); });
     // The read-out always names the selected output, however the selection moved.
-    connect(outputs, &TallyList::currentRowChanged, this, [this] { m_selection.GetOutChannel(); });
+    connect(outputs, &TallyList::currentRowChanged, this,
+            [this] { m_logic.selection.GetOutChannel(); });
 
     // The entry box and the input read-out follow the input list however its row moved: a
     // click, a drag across rows, a right button, the keyboard, or the program.
     TallyList *inputs = m_window.list(Control::list2);
-    connect(inputs, &TallyList::rowClicked, this, [this] { m_selection.list2_Click(); });
-    connect(inputs, &TallyList::currentRowChanged, this, [this] { m_selection.list2_Click(); });
-    connect(inputs, &TallyList::rowDoubleClicked, this, [this] { m_selection.list2_DblClick(); });
-    connect(inputs, &TallyList::mouseReleased, this, [this] { m_selection.list2_MouseUp(); });
+    connect(inputs, &TallyList::rowClicked, this, [this] { m_logic.selection.list2_Click(); });
+    connect(inputs, &TallyList::currentRowChanged, this,
+            [this] { m_logic.selection.list2_Click(); });
+    connect(inputs, &TallyList::rowDoubleClicked, this,
+            [this] { m_logic.selection.list2_DblClick(); });
+    connect(inputs, &TallyList::mouseReleased, this, [this] { m_logic.selection.list2_MouseUp(); });
 
     QLineEdit *entry = m_window.entry();
-    connect(entry, &QLineEdit::textChanged, this, [this] { m_entry.txtInput_Change(); });
+    connect(entry, &QLineEdit::textChanged, this, [this] { m_logic.entry.txtInput_Change(); });
     for (Control c : {Control::List1, Control::txtInput, Control::cmdTest, Control::chkTest})
         m_window.control(c)->installEventFilter(this);
 
     // The secondary windows: "Unit Status" and "Advanced" open them, their close boxes untick.
     m_window.registerWindow(Window::frmUnitBits, &m_unitWindow);
     m_window.registerWindow(Window::frmVerbose, &m_advancedWindow);
-    clicked(Control::Check1, [this] { m_unitStatus.Check1_Click(); });
-    clicked(Control::Check2, [this] { m_advanced.Check2_Click(); });
+    clicked(Control::Check1, [this] { m_logic.unitStatus->Check1_Click(); });
+    clicked(Control::Check2, [this] { m_logic.advanced->Check2_Click(); });
     connect(m_unitWindow.closeButton(), &QAbstractButton::clicked, this,
-            [this] { m_unitStatus.cmdClose_Click(); });
+            [this] { m_logic.unitStatus->cmdClose_Click(); });
     connect(&m_unitWindow, &UnitStatusWindow::UpDown1Changed, this,
-            [this] { m_unitStatus.UpDown1_Change(); });
+            [this] { m_logic.unitStatus->UpDown1_Change(); });
     connect(&m_unitWindow, &UnitStatusWindow::unloading, this,
-            [this] { m_unitStatus.Form_Unload(); });
+            [this] { m_logic.unitStatus->Form_Unload(); });
     connect(m_advancedWindow.sendButton(), &QAbstractButton::clicked, this,
-            [this] { m_advanced.cmdDirectCommand_Click(); });
+            [this] { m_logic.advanced->cmdDirectCommand_Click(); });
     connect(&m_advancedWindow, &AdvancedWindow::commandEntered, this,
-            [this] { m_advanced.txtDirectCommand_KeyPress(AdvancedConsole::EnterKey); });
+            [this] { m_logic.advanced->txtDirectCommand_KeyPress(AdvancedConsole::EnterKey); });
     connect(&m_advancedWindow, &AdvancedWindow::unloading, this,
-            [this] { m_advanced.Form_Unload(); });
+            [this] { m_logic.advanced->Form_Unload(); });
 
     connect(&m_window, &MainWindow::unloading, this, [this] { Form_Unload(); });
 }
@@ -131,38 +107,29 @@ bool Configurator::eventFilter(QObject *watched, QEvent *event)
     // a greyed control never acts.
     if (input && !static_cast<QWidget *>(watched)->isEnabled())
         return false;
-    const int outputUnderCursor = m_window.currentRow(Control::List1) + 1;
-
     if (watched == m_window.control(Control::List1)) {
-        // Space held while the list loses the focus: its release goes elsewhere, so the test
-        // ends here.
         if (type == QEvent::FocusOut)
-            m_held.lost(HeldTest::Source::Space);
+            m_logic.held.List1_LostFocus();
         return false;
     }
 
     if (watched == m_window.control(Control::txtInput)) {
         if (type == QEvent::KeyPress) {
             auto *key = static_cast<QKeyEvent *>(event);
-            return m_entry.txtInput_KeyDown(key->key(), key->modifiers());
+            return m_logic.entry.txtInput_KeyDown(key->key(), key->modifiers());
         }
         if (type == QEvent::MouseButtonRelease) // after the line edit placed its cursor
             QMetaObject::invokeMethod(
-                this, [this] { m_entry.txtInput_Click(); }, Qt::QueuedConnection);
+                this, [this] { m_logic.entry.txtInput_Click(); }, Qt::QueuedConnection);
         return false;
     }
 
     if (watched == m_window.control(Control::cmdTest)) {
-        // Lit while any mouse button holds the button down. The second press of a double click
-        // comes as a double-click event, and is a press all the same.
-        if (press) {
-            m_held.settle();
-            m_held.pressed(HeldTest::Source::Button, outputUnderCursor);
-            m_test.TestOn(outputUnderCursor);
-            m_window.setFocus(Control::List1);
-        } else if (type == QEvent::MouseButtonRelease) {
-            m_held.released(HeldTest::Source::Button);
-        }
+        // The second press of a double click comes as a double-click event.
+        if (press)
+            m_logic.held.cmdTest_MouseDown();
+        else if (type == QEvent::MouseButtonRelease)
+            m_logic.held.cmdTest_MouseUp();
         return false;
     }
 
@@ -172,7 +139,7 @@ bool Configurator::eventFilter(QObject *watched, QEvent *event)
         switch (type) {
         case QEvent::MouseButtonPress:
         case QEvent::MouseButtonDblClick:
-            m_test.TestLatchChange();
+            m_logic.test.TestLatchChange();
             m_window.setFocus(Control::List1);
             return true;
         case QEvent::MouseButtonRelease:
@@ -181,7 +148,7 @@ bool Configurator::eventFilter(QObject *watched, QEvent *event)
         case QEvent::KeyPress: {
             const int k = static_cast<QKeyEvent *>(event)->key();
             if (k == Qt::Key_Return || k == Qt::Key_Enter)
-                m_test.TestLatchChange();
+                m_logic.test.TestLatchChange();
             return k != Qt::Key_Tab && k != Qt::Key_Backtab;
         }
         default:
@@ -236,7 +203,7 @@ bool Configurator::Form_Load(const QString &programDir)
         m_window.messageBox(description.limitWarning(), QStringLiteral("Kestrel.ini"),
                             MessageButtons::Ok, MessageIcon::Warning, MessageResult::Ok);
     }
-    m_lists.FillLists();
+    m_logic.lists.FillLists();
     m_port.PortSetNumber(m_model.KestrelCommport);
     m_port.PortSetDevice(m_model.CommDevice);
 
@@ -253,10 +220,10 @@ bool Configurator::Form_Load(const QString &programDir)
                                 QStringLiteral("\rIs not available\rPlease correct and try again"),
                             QStringLiteral("Port Conflict"), MessageButtons::Ok,
                             MessageIcon::Information, MessageResult::Ok);
-        m_connection.GoOffline();
+        m_logic.connection.GoOffline();
     }
-    if (m_connection.GoOnline()) {
-        m_readBack.SyncWithKestrel();
+    if (m_logic.connection.GoOnline()) {
+        m_logic.readBack.SyncWithKestrel();
         tellIfReadBackCut(); // before the version takes the status line
         // The version ends where the reply's line would; its line end is not shown.
         QString version = m_model.MainCPUVersion;
@@ -265,7 +232,7 @@ bool Configurator::Form_Load(const QString &programDir)
         m_window.setText(Control::lblError, version);
     }
 
-    m_selection.GetOutChannel(); // the read-out names the selected output from the start
+    m_logic.selection.GetOutChannel(); // the read-out names the selected output from the start
     m_window.setFocus(Control::List1);
     return true;
 }
@@ -274,9 +241,9 @@ void Configurator::Form_Unload()
 {
     // Unloading them as their close boxes would: the poll stops and the boxes are unticked.
     if (m_window.isChecked(Control::Check2))
-        m_advanced.Form_Unload();
-    if (m_unitStatus.isLoaded())
-        m_unitStatus.Form_Unload();
+        m_logic.advanced->Form_Unload();
+    if (m_logic.unitStatus->isLoaded())
+        m_logic.unitStatus->Form_Unload();
     m_window.showWindow(Window::frmVerbose, false);
     m_window.showWindow(Window::frmUnitBits, false);
 }

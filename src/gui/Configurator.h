@@ -3,24 +3,10 @@
 
 #pragma once
 
-#include "events/AdvancedConsole.h"
-#include "events/ClearAll.h"
-#include "events/HeldTest.h"
-#include "events/KeyboardEntry.h"
-#include "events/SelectionEvents.h"
-#include "events/UnitStatus.h"
-#include "files/TallyFiles.h"
+#include "events/Logic.h"
 #include "gui/AdvancedWindow.h"
 #include "gui/UnitStatusWindow.h"
-#include "link/CommandChannel.h"
-#include "link/Connection.h"
-#include "link/DeviceCommands.h"
 #include "link/LinkTiming.h"
-#include "matrix/Clearing.h"
-#include "matrix/Mapping.h"
-#include "matrix/MatrixLists.h"
-#include "matrix/OutputTest.h"
-#include "matrix/ReadBack.h"
 #include "model/SystemModel.h"
 
 #include <QObject>
@@ -30,8 +16,8 @@
 class MainWindow;
 class SerialPort;
 
-// The configurator's logic put together on one window and one serial port: owns the logic
-// parts, connects the window's notifications to them, and runs the load sequence.
+// The configurator's logic on one window and one serial port: connects the window's
+// notifications to the logic's parts, and runs the load sequence.
 class Configurator : public QObject
 {
     Q_OBJECT
@@ -51,10 +37,10 @@ public:
     // The main window is gone: the port is closed.
     void Form_Terminate();
 
-    MatrixLists &lists() { return m_lists; }
-    CommandChannel &channel() { return m_channel; }
-    DeviceCommands &commands() { return m_commands; }
-    ReadBack &readBack() { return m_readBack; }
+    MatrixLists &lists() { return m_logic.lists; }
+    CommandChannel &channel() { return m_logic.channel; }
+    DeviceCommands &commands() { return m_logic.commands; }
+    ReadBack &readBack() { return m_logic.readBack; }
     UnitStatusWindow &unitStatusWindow() { return m_unitWindow; }
     AdvancedWindow &advancedWindow() { return m_advancedWindow; }
 
@@ -73,22 +59,8 @@ private:
     SystemModel &m_model;
     MainWindow &m_window;
     SerialPort &m_port;
-    CommandChannel m_channel;
-    MatrixLists m_lists;
-    Clearing m_clearing;
-    DeviceCommands m_commands;
-    ClearAll m_clearAll;
-    Connection m_connection;
-    ReadBack m_readBack;
-    Mapping m_mapping;
-    OutputTest m_test;
-    SelectionEvents m_selection;
-    KeyboardEntry m_entry;
-    HeldTest m_held;
-    TallyFiles m_files;
     // The secondary windows before the logic that uses them, so that the logic goes first.
     UnitStatusWindow m_unitWindow;
     AdvancedWindow m_advancedWindow;
-    UnitStatus m_unitStatus;
-    AdvancedConsole m_advanced;
+    Logic m_logic;
 };

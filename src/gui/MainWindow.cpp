@@ -5,6 +5,7 @@
 
 #include "gui/Dialogs.h"
 #include "gui/Lamp.h"
+#include "gui/Palette.h"
 #include "gui/PanelArtwork.h"
 #include "gui/TallyList.h"
 #include "gui/Twips.h"
@@ -199,13 +200,6 @@ const ControlRow Panel[] = {
 };
 // clang-format on
 
-void setPaletteColour(QWidget *w, QPalette::ColorRole role, const QColor &c)
-{
-    QPalette p = w->palette();
-    p.setColor(role, c);
-    w->setPalette(p);
-}
-
 // A caption's colour while the control is enabled; disabled, it is drawn in the desktop's
 // greyed text whatever its colour.
 void setCaptionColour(QWidget *w, QPalette::ColorRole role, const QColor &c)
@@ -220,7 +214,7 @@ void setCaptionColour(QWidget *w, QPalette::ColorRole role, const QColor &c)
 QWidget *make(const ControlRow &row, QWidget *panel)
 {
     const QString caption = QString::fromLatin1(row.caption);
-    const QColor ground(82, 82, 169);
+    const QColor ground = groundColour();
     const QColor cyan(0, 255, 255);
     switch (row.kind) {
     case Kind::Label:
@@ -354,8 +348,7 @@ void MainWindow::build()
     }
 
     // Offline until the link is tried.
-    for (Control c : {Control::cmdTest, Control::chkTest, Control::cmdRefresh, Control::Check1,
-                      Control::Check2})
+    for (Control c : OnlineOnlyControls)
         m_controls.value(c)->setEnabled(false);
 
     setTabOrder(control(Control::List1), control(Control::txtInput));
@@ -417,10 +410,6 @@ void MainWindow::setToolTip(Control c, const QString &text)
 void MainWindow::setEnabled(Control c, bool enabled)
 {
     if (QWidget *w = control(c)) {
-        // Input that queued while the control was greyed (an online load serves no events)
-        // reaches it while it is still greyed, and so does nothing.
-        if (enabled && !w->isEnabled())
-            QCoreApplication::processEvents();
         w->setEnabled(enabled);
         paintIfBlocked(w);
     }
@@ -432,18 +421,25 @@ void MainWindow::setVisible(Control c, bool visible)
     if (!w)
         return;
     w->setVisible(visible);
-    if (c == Control::lblDownloading && visible != m_downloading) {
-        // A load or read-back is starting: it blocks the thread, so the whole window is painted
-        // now, over anything a closed dialog left on it.
-        m_downloading = visible;
-        if (visible) {
-            // Every control too: a window repaint alone leaves opaque ones to the backing store.
-            for (QWidget *child : findChildren<QWidget *>())
-                child->update();
-            repaint();
-        }
-    }
     paintIfBlocked(w);
+}
+
+void MainWindow::beginBlocking()
+{
+    if (m_downloading)
+        return;
+    // The whole window is painted now, over anything a closed dialog left on it; every control
+    // too: a window repaint alone leaves opaque ones to the backing store.
+    m_downloading = true;
+    for (QWidget *child : findChildren<QWidget *>())
+        child->update();
+    repaint();
+}
+
+void MainWindow::endBlocking()
+{
+    m_downloading = false;
+    QCoreApplication::processEvents();
 }
 
 void MainWindow::paintIfBlocked(QWidget *w)
@@ -593,7 +589,7 @@ void MainWindow::paintEvent(QPaintEvent *)
     QPainter p(this);
     if (!mask().isEmpty())
         p.setClipRegion(mask());
-    p.fillRect(rect(), QColor(82, 82, 169));
+    p.fillRect(rect(), groundColour());
     p.drawPixmap(0, 0, m_artwork);
 }
 

@@ -77,6 +77,8 @@ public:
                              MessageIcon icon, MessageResult defaultButton) override;
     QString chooseFile(FileDialog kind, const QString &title, const QString &filter) override;
     void processEvents() override;
+    void beginBlocking() override;
+    void endBlocking() override;
     void beep() override;
 
     static QColor toQColor(Colour c);
@@ -102,5 +104,5 @@ private:
     QAbstractButton *m_cmdClose = nullptr;
     QPixmap m_artwork;
     std::function<void()> m_endProcess;
-    bool m_downloading = false; // between the two halves of EnableControls
+    bool m_downloading = false; // between beginBlocking and endBlocking
 };

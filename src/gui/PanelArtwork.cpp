@@ -3,6 +3,8 @@
 
 #include "gui/PanelArtwork.h"
 
+#include "gui/Palette.h"
+
 #include <QLinearGradient>
 #include <QPainter>
 #include <QPainterPath>
@@ -52,7 +54,7 @@ QPixmap PanelArtwork::draw(const QPolygon &outline, qreal ratio)
 {
     QPixmap pixmap(QSize(Width, Height) * ratio);
     pixmap.setDevicePixelRatio(ratio);
-    pixmap.fill(QColor(82, 82, 169));
+    pixmap.fill(groundColour());
 
     QPainter p(&pixmap);
     p.setRenderHint(QPainter::Antialiasing);

@@ -3,6 +3,7 @@
 
 #include "gui/UnitStatusWindow.h"
 
+#include "gui/Palette.h"
 #include "gui/TitleStrip.h"
 #include "gui/Twips.h"
 
@@ -28,13 +29,6 @@ constexpr int NumberRise = 210;
 const QColor LitColour(255, 0, 0);
 const QColor DarkColour(0, 0, 0);
 const QColor CloseButtonColour(255, 192, 192);
-
-void setPaletteColour(QWidget *w, QPalette::ColorRole role, const QColor &c)
-{
-    QPalette p = w->palette();
-    p.setColor(role, c);
-    w->setPalette(p);
-}
 
 QFont sansSerif12()
 {

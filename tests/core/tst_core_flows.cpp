@@ -6,6 +6,7 @@
 // entry box, the output test, tally files and "Clear All".
 
 #include "DataTable.h"
+#include "support/Files.h"
 #include "support/LinkRig.h"
 
 #include <QDir>
@@ -19,9 +20,7 @@
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 using Act = std::function<void(LinkRig &)>;
-Q_DECLARE_METATYPE(Act)
 using Flow = std::function<QString(LinkRig &)>; // does its part, then says what it sees
-Q_DECLARE_METATYPE(Flow)
 
 namespace {
 // Every output index that holds a mapping, with its source as filed: "2= 3 5=7".
@@ -44,11 +43,7 @@ QString look(const LinkRig &r)
         .arg(v.text(Control::txtInput), v.text(Control::lblOutChannel), v.text(Control::lblError));
 }
 
-QByteArray contents(const QString &path)
-{
-    QFile f(path);
-    return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray("<none>");
-}
+QByteArray contents(const QString &path) { return readFile(path, "<none>"); }
 } // namespace
 
 // "Cancel" is clicked while row cancelAt is read: the tally system's rows (a number: that
@@ -60,7 +55,7 @@ using MappingRows = DataTable<bool, QString, QString, Flow>;
 // Before the load output 4 is mapped to input 4, units 2 and 1 are enabled. Online, outputs,
 // the file ("<dir>": a folder; a number: that many lines), the mode, the lines sent, and the
 // outputs filed followed by the messages shown.
-using LoadRows = DataTable<bool, int, QByteArray, QString, QString, QString>;
+using LoadRows = DataTable<bool, int, QByteArray, LoadMode, QString, QString>;
 // Outputs 1..4 mapped and under test, units 7 and 2 enabled; online, the box's answer (null:
 // closed), the lines sent.
 using ClearRows = DataTable<bool, QVariant, QString>;
@@ -260,8 +255,9 @@ private slots:
              u"[1][2][2][3][1][0][0][0] Out 2\t 3\t\t @2 in3 3 o3 "_s,
              [](LinkRig &r) { return r.selection.cmdMapIt_Click(), look(r); });
         flow("AND", true, u"Map 1 2 2 3|AND 1 2 2 4"_s,
-             u"[1][2][2][3][1][2][4][1] Out 2\t 3\t&\t 4 @2 in3 3 o3 "_s,
-             [](LinkRig &r) { return r.select(1, 3, 4), r.selection.cmdBool_Click(0), look(r); });
+             u"[1][2][2][3][1][2][4][1] Out 2\t 3\t&\t 4 @2 in3 3 o3 "_s, [](LinkRig &r) {
+                 return r.select(1, 3, 4), r.selection.cmdBool_Click(AndMapping), look(r);
+             });
         flow("Unassigned", true, u"Res 1  2|ClrMap 1  2"_s, u" Out 2\t\t\t @2 in0 0 o3 "_s,
              [](LinkRig &r) { return r.select(1, 0), r.selection.list2_DblClick(), look(r); });
         flow("clear unanswered", true, u"Res 1  2|ClrMap 1  2"_s,
@@ -349,18 +345,19 @@ private slots:
     void load_data()
     {
         const LoadRows row;
-        row("offline full", false, 4, "[1][1][2][1][1][0][0][0]\r\n", u"Full"_s, u""_s, u"1= 1"_s);
+        row("offline full", false, 4, "[1][1][2][1][1][0][0][0]\r\n", LoadMode::Full, u""_s,
+            u"1= 1"_s);
         row("online full", true, 4, "[1][1][2][1][1][0][0][0]\r\n[1][2][2][3][1][2][4][2]\r\n",
-            u"Full"_s, u"Init|Uenable  2|Uenable  1|Map 1 1 2 1|Map 1 2 2 3|OR 1 2 2 4"_s,
+            LoadMode::Full, u"Init|Uenable  2|Uenable  1|Map 1 1 2 1|Map 1 2 2 3|OR 1 2 2 4"_s,
             u"1= 1 2= 3"_s);
         row("unmap unanswered", true, 4, "[1][1][2][1]\r\n[1][2][0][0]\r\n[1][3][2][3]\r\n",
-            u"Part"_s, u"Map 1 1 2 1|Res 1  2|ClrMap 1  2"_s, u"1= 1 4= 4"_s);
-        row("undeclared of 999", false, 999, "[7][7][2][1]\r\n[1][5][2][2]\r\n", u"Full"_s, u""_s,
-            u"5= 2"_s);
-        row("1005 lines", false, 4, "1005", u"Full"_s, u""_s,
+            LoadMode::Part, u"Map 1 1 2 1|Res 1  2|ClrMap 1  2"_s, u"1= 1 4= 4"_s);
+        row("undeclared of 999", false, 999, "[7][7][2][1]\r\n[1][5][2][2]\r\n", LoadMode::Full,
+            u""_s, u"5= 2"_s);
+        row("1005 lines", false, 4, "1005", LoadMode::Full, u""_s,
             u"1= 1 2= 1 3= 1 4= 1 File Error|The tally file holds more than 1000 mappings.\r\nThe "
             u"first 1000 were loaded; 5 were not.|Ok warn Ok"_s);
-        row("a folder", true, 4, "<dir>", u"Full"_s, u""_s,
+        row("a folder", true, 4, "<dir>", LoadMode::Full, u""_s,
             u"4=4 File Error|The tally file could not be read:\r\nDIR\r\nit is a folder|Ok warn Ok"_s);
     }
     void load()

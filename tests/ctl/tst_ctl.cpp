@@ -4,6 +4,9 @@
 // kestrelctl run as a program against kestrel-sim: what goes on the wire, what it prints, and its
 // exit status.
 
+#include "core/DataTable.h"
+#include "support/Files.h"
+
 #include <QFile>
 #include <QProcess>
 #include <QRegularExpression>
@@ -18,18 +21,12 @@
 
 using namespace Qt::StringLiterals;
 
-// clang-format off
-// A column of the current data row, where an expression wants it.
-#define FETCH(type, name) ([] { QFETCH(type, name); return name; }())
-// clang-format on
-
 namespace {
 
-QByteArray readFile(const QString &path)
-{
-    QFile f(path);
-    return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
-}
+// The arguments, the tally file, then the exit status, standard output, standard error's
+// pattern, the commands received, the table left, and the setup.
+using RunRows =
+    DataTable<QString, QByteArray, int, QByteArray, QString, QString, QByteArray, QString>;
 
 // Map strings given blank-separated, as the lines of a tally file.
 QByteArray lines(const char *rows) { return QByteArray(rows).replace(' ', "\r\n") + "\r\n"; }
@@ -59,15 +56,14 @@ struct Studio
     bool start(const QByteArray &show, const QStringList &simArguments = {},
                const QByteArray &held = Held)
     {
-        const auto writeFile = [this](const QString &name, const QByteArray &bytes) {
-            QFile f(path(name));
-            return f.open(QIODevice::WriteOnly) && f.write(bytes) == bytes.size();
+        const auto write = [this](const QString &name, const QByteArray &bytes) {
+            return !writeFile(path(name), bytes).isEmpty();
         };
         QString ini = u"[Kestrel]\r\nSystem=Test\r\nEnabledUnits=1,2\r\nCommDevice=%1/tty\r\n"_s;
         for (int i = 1; i <= 6; ++i)
             ini += u"Output %1=Out %1,1,%1\r\nInput %1=In %1,2,%1\r\n"_s.arg(i);
-        if (!writeFile(u"Kestrel.ini"_s, ini.arg(dir.path()).toLocal8Bit()) ||
-            !writeFile(u"rows.qvr"_s, held) || !writeFile(u"show.qvr"_s, show))
+        if (!write(u"Kestrel.ini"_s, ini.arg(dir.path()).toLocal8Bit()) ||
+            !write(u"rows.qvr"_s, held) || !write(u"show.qvr"_s, show))
             return false;
         const QString options = u"--link %1/tty --log %1/log --state %1/state --rows %1/rows.qvr"_s;
         sim.start(QStringLiteral(KESTREL_SIM_PATH),
@@ -121,21 +117,14 @@ private slots:
     // program holds its port.
     void run_data()
     {
-        QTest::addColumn<QString>("arguments");
-        QTest::addColumn<QByteArray>("file");
-        QTest::addColumn<int>("status");
-        QTest::addColumn<QByteArray>("out");
-        QTest::addColumn<QString>("err");
-        QTest::addColumn<QString>("wire");
-        QTest::addColumn<QByteArray>("table");
-        QTest::addColumn<QString>("setup");
-        const auto row = [](const char *name, int status, const QString &arguments,
-                            const QByteArray &file, const QByteArray &out, const QString &err,
-                            const QString &wire, const QByteArray &table = Held,
-                            const QString &setup = {}) {
+        const RunRows rows;
+        const auto row = [&rows](const char *name, int status, const QString &arguments,
+                                 const QByteArray &file, const QByteArray &out, const QString &err,
+                                 const QString &wire, const QByteArray &table = Held,
+                                 const QString &setup = {}) {
             const QString line = u"\\Akestrelctl: "_s + err + u"[^\n]*\n\\z"_s;
-            QTest::newRow(name) << arguments << file << status << out
-                                << (err.isEmpty() ? u"\\A\\z"_s : line) << wire << table << setup;
+            rows(name, arguments, file, status, out, err.isEmpty() ? u"\\A\\z"_s : line, wire,
+                 table, setup);
         };
         const QString apply = u"apply %1/show.qvr"_s, verify = u"verify %1/show.qvr"_s;
         const QByteArray file = lines("[1][1][2][1][1][0][0][0] [1][2][2][3][1][0][0][0] "
@@ -220,9 +209,8 @@ private slots:
     }
     void run()
     {
-        QFETCH(QString, arguments);
-        QFETCH(QByteArray, file);
-        QFETCH(QString, setup);
+        const auto [arguments, file, wantStatus, wantOut, errPattern, wire, table, setup] =
+            RunRows::fetch();
         Studio s;
         QVERIFY(s.start(
             file, setup == u"silent"_s ? QStringList{u"--fault"_s, u"silent"_s} : QStringList(),
@@ -230,15 +218,15 @@ private slots:
         QSerialPort holder(s.path(u"tty"_s));
         QVERIFY(setup != u"held"_s || holder.open(QIODevice::ReadWrite));
         const auto [status, out, err] = s.ctl(arguments);
-        QCOMPARE(status, FETCH(int, status));
-        QCOMPARE(out, FETCH(QByteArray, out));
-        const QRegularExpression errLine(FETCH(QString, err));
+        QCOMPARE(status, wantStatus);
+        QCOMPARE(out, wantOut);
+        const QRegularExpression errLine(errPattern);
         QVERIFY2(errLine.match(QString::fromLocal8Bit(err)).hasMatch(), err);
-        QCOMPARE(s.wire().join(u'|'), FETCH(QString, wire));
+        QCOMPARE(s.wire().join(u'|'), wire);
         // Not even the probe went out before the failure.
-        if (status == 2 && FETCH(QString, wire).isEmpty() && setup != u"silent"_s)
+        if (status == 2 && wire.isEmpty() && setup != u"silent"_s)
             QCOMPARE(readFile(s.path(u"log"_s)), QByteArray());
-        QCOMPARE(readFile(s.path(u"state"_s)), FETCH(QByteArray, table));
+        QCOMPARE(readFile(s.path(u"state"_s)), table);
         QCOMPARE(readFile(s.path(u"show.qvr"_s)),
                  arguments.startsWith(u"read --overwrite"_s) ? Device : file);
     }

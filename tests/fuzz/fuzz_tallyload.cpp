@@ -4,16 +4,10 @@
 // A tally file of any content loaded in full, offline, into a system of 999 outputs, as the "Load"
 // button does: the file is read from disk, every line is filed, the list is redrawn. Every table
 // entry must be what the loaded lines say and nothing else, and nothing may reach the tally system.
+#include "events/Logic.h"
 #include "files/TallyFile.h"
-#include "files/TallyFiles.h"
 #include "fuzz/FuzzText.h"
-#include "link/CommandChannel.h"
-#include "link/DeviceCommands.h"
-#include "matrix/Clearing.h"
 #include "matrix/MapString.h"
-#include "matrix/Mapping.h"
-#include "matrix/MatrixLists.h"
-#include "matrix/ReadBack.h"
 #include "model/NumberText.h"
 #include "support/FakeView.h"
 #include "support/ScriptedPort.h"
@@ -65,14 +59,8 @@ void loadOffline(const QString &path, const QStringList &fields)
 
     FakeView view;
     ScriptedPort port;
-    CommandChannel channel(*model, view, port, port.clock());
-    MatrixLists lists(*model, view);
-    Clearing clearing(*model, view);
-    DeviceCommands commands(*model, channel);
-    ReadBack readBack(*model, view, channel, lists, clearing, commands, port.pause());
-    Mapping mapping(*model, view, channel, commands, lists);
-    TallyFiles files(*model, view, mapping, readBack, commands, clearing, lists);
-    require(files.LoadMatrixMappings(path, QStringLiteral("Full")), "a readable file was refused");
+    Logic logic(*model, view, port, port.clock(), port.pause());
+    require(logic.files.LoadMatrixMappings(path, LoadMode::Full), "a readable file was refused");
     require(port.commands.isEmpty(), "offline, yet something reached the tally system");
 
     // What the load must leave: for each line in file order, the output its first two fields name

@@ -8,18 +8,13 @@
 #include "gui/MainWindow.h"
 #include "gui/TallyList.h"
 #include "link/QtSerialPortAdapter.h"
+#include "support/Files.h"
 #include "support/ScriptedPort.h"
 
 #include <QtTest>
 #include <QtWidgets>
 
 using namespace Qt::StringLiterals;
-
-inline QString writeFile(const QString &path, const QByteArray &bytes)
-{
-    QFile f(path);
-    return f.open(QIODevice::WriteOnly) && f.write(bytes) == bytes.size() ? path : QString();
-}
 
 inline QStringList sorted(QStringList list) { return list.sort(), list; }
 
@@ -137,10 +132,8 @@ struct SimProcess
     // The tally system's table as it stands, holes included: one map string per row.
     QStringList table() const
     {
-        QFile f(path("table.qvr"));
-        return f.open(QIODevice::ReadOnly)
-                   ? QString::fromLatin1(f.readAll()).split(u"\r\n"_s, Qt::SkipEmptyParts)
-                   : QStringList();
+        return QString::fromLatin1(readFile(path("table.qvr")))
+            .split(u"\r\n"_s, Qt::SkipEmptyParts);
     }
     QTemporaryDir dir;
     QProcess process;

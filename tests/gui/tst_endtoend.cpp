@@ -7,6 +7,7 @@
 // against each operation that talks to the tally system: no crash, no retrying without end,
 // the operator told, and no mapping lost that the operation was not meant to change.
 #include "Studio.h"
+#include "core/DataTable.h"
 
 namespace {
 
@@ -58,6 +59,10 @@ const Fault Faults[] = {
     {"slow:625", true, {0, Same, 2, Same, Same, Same}},
 };
 
+using OperateRows = DataTable<QList<Control>, QList<int>, QStringList, QString>;
+// The fault, the operation, what it leaves, whether the operator is told.
+using FaultRows = DataTable<QString, int, int, bool>;
+
 } // namespace
 
 class TestEndToEnd : public QObject
@@ -66,27 +71,22 @@ class TestEndToEnd : public QObject
 private slots:
     void operate_data()
     {
-        QTest::addColumn<QList<Control>>("clicks"); // the Boolean box, then the map button
-        QTest::addColumn<QList<int>>("picked");     // output, input, second input; or typed
-        QTest::addColumn<QStringList>("added");     // to the tally system's table, in order
-        QTest::addColumn<QString>("text");          // then the row of the last output named
-        QTest::newRow("mouse") << QList{Control::cmdMapIt} << QList{3, 5}
-                               << QStringList{u"[1][3][2][5][1][0][0][0]"_s} << u"Out 3\t 5\t\t"_s;
-        QTest::newRow("keyboard") << QList<Control>() << QList{3, 0, 120}
-                                  << QStringList{u"[1][1][2][3][1][0][0][0]"_s,
-                                                 u"[1][3][2][120][1][0][0][0]"_s}
-                                  << u"Out 3\t 120\t\t"_s;
-        QTest::newRow("AND") << QList{Control::Check3, Control::cmdBoolAnd} << QList{2, 5, 7}
-                             << QStringList{u"[1][2][2][5][1][2][7][1]"_s} << u"Out 2\t 5\t&\t 7"_s;
-        QTest::newRow("OR") << QList{Control::Check3, Control::cmdBoolOr} << QList{2, 5, 7}
-                            << QStringList{u"[1][2][2][5][1][2][7][2]"_s} << u"Out 2\t 5\t||\t 7"_s;
+        // The clicks (the Boolean box, then the map button); the output, input and second input
+        // picked, or typed; what the tally system's table gains, in order; then the row of the
+        // last output named.
+        const OperateRows row;
+        row("mouse", {Control::cmdMapIt}, {3, 5}, {u"[1][3][2][5][1][0][0][0]"_s},
+            u"Out 3\t 5\t\t"_s);
+        row("keyboard", {}, {3, 0, 120},
+            {u"[1][1][2][3][1][0][0][0]"_s, u"[1][3][2][120][1][0][0][0]"_s}, u"Out 3\t 120\t\t"_s);
+        row("AND", {Control::Check3, Control::cmdBoolAnd}, {2, 5, 7},
+            {u"[1][2][2][5][1][2][7][1]"_s}, u"Out 2\t 5\t&\t 7"_s);
+        row("OR", {Control::Check3, Control::cmdBoolOr}, {2, 5, 7}, {u"[1][2][2][5][1][2][7][2]"_s},
+            u"Out 2\t 5\t||\t 7"_s);
     }
     void operate()
     {
-        QFETCH(QList<Control>, clicks);
-        QFETCH(QList<int>, picked);
-        QFETCH(QStringList, added);
-        QFETCH(QString, text);
+        const auto [clicks, picked, added, text] = OperateRows::fetch();
         const QString kept = u"[1][4][2][1][1][0][0][0]"_s; // held from the start throughout
         SimStudio r(kept.toLatin1() + "\r\n");
         QVERIFY(r.started);
@@ -122,9 +122,7 @@ private slots:
         SimStudio r({}, {u"--log"_s, log});
         auto polls = [&log] {
             QList<QTime> at;
-            QFile f(log);
-            f.open(QIODevice::ReadOnly);
-            for (const QByteArray &line : f.readAll().split('\n'))
+            for (const QByteArray &line : readFile(log).split('\n'))
                 if (line.endsWith(" BITS 1"))
                     at << QTime::fromString(QString::fromLatin1(line.left(12)), u"HH:mm:ss.zzz"_s);
             return at;
@@ -149,9 +147,7 @@ private slots:
         const QString path = r.s.dir.filePath(u"saved.qvr"_s);
         r.s.files = {path};
         r.s.click(Control::cmdSaveMatrix);
-        QFile saved(path);
-        QVERIFY(saved.open(QIODevice::ReadOnly));
-        QCOMPARE(saved.readAll(), rows);
+        QCOMPARE(readFile(path, "<none>"), rows);
 
         r.s.click(Control::cmdInit); // Clear All, answered with the box's default: Cancel
         QCOMPARE(r.s.mapped().size(), 3);
@@ -170,24 +166,18 @@ private slots:
     // CTest runs the rows of one fault at a time (KESTREL_FAULT), so that their waits overlap.
     void faults_data()
     {
-        QTest::addColumn<QString>("fault");
-        QTest::addColumn<int>("operation");
-        QTest::addColumn<int>("left");
-        QTest::addColumn<bool>("told");
+        const FaultRows row;
         for (const Fault &f : Faults) {
             for (int op = StartUp; op <= Poll; ++op) {
                 if (f.left[op] != Same && QByteArray(f.name).startsWith(qgetenv("KESTREL_FAULT")))
-                    QTest::addRow("%s / %s", f.name, Operations[op])
-                        << QString::fromLatin1(f.name) << op << f.left[op] << f.told;
+                    row(QByteArray(f.name + " / "_ba + Operations[op]).constData(),
+                        QString::fromLatin1(f.name), op, f.left[op], f.told);
             }
         }
     }
     void faults()
     {
-        QFETCH(QString, fault);
-        QFETCH(int, operation);
-        QFETCH(int, left);
-        QFETCH(bool, told);
+        const auto [fault, operation, left, told] = FaultRows::fetch();
         // The configurator's time runs 4 times faster: a time-out costs half a second. The slow
         // fault is scaled alike (625 ms is 2.5 s of the configurator's time).
         const QStringList args{u"--fault"_s, fault == u"none"_s ? QString() : fault, u"--seed"_s,

@@ -5,6 +5,7 @@
 // scripted tally system: the operator's input paths by real mouse and key events, the layout
 // holding together, and the secondary windows' controls and close boxes reaching the logic.
 #include "Studio.h"
+#include "core/DataTable.h"
 #include "link/DevicePort.h"
 
 namespace {
@@ -23,6 +24,13 @@ struct Watch : QObject
     }
 };
 
+enum class Act { Test, LatchPress, LatchEnter, EntryEnter };
+// A load serves no events: a press during it waits in the queue until the load ends.
+enum class When { ReadBack, OnlineLoad, Offline, OnlineLoadQueued };
+enum class Move { Drag, RightPress, DownAfterTab, CtrlClick }; // to another input row
+enum class Meanwhile { Nothing, FocusMovesOn, Down };
+enum class Shown { Main, UnitStatus, Advanced, MainBoolean }; // the window laid out
+
 } // namespace
 
 class TestGuiWindows : public QObject
@@ -31,39 +39,39 @@ class TestGuiWindows : public QObject
 private slots:
     void greyedControlNeverActs_data()
     {
-        QTest::addColumn<int>("act");  // Test, latch pressed, Enter on the latch, in the entry box
-        QTest::addColumn<int>("when"); // during a read-back, an online load, offline
+        QTest::addColumn<Act>("act");
+        QTest::addColumn<When>("when");
         const char *act[] = {"Test", "latch press", "latch Enter", "entry Enter"};
-        // A load serves no events: a press during it waits in the queue until the load ends.
         const char *when[] = {"read-back", "online load", "offline", "online load, queued"};
         for (int a = 0; a < 4; ++a)
             for (int w = 0; w < 4; ++w)
-                if (w != 2 || a % 2 == 0)
-                    QTest::addRow("%s: %s", when[w], act[a]) << a << w;
+                if (When(w) != When::Offline || a % 2 == 0) // offline, Enter only
+                    QTest::addRow("%s: %s", when[w], act[a]) << Act(a) << When(w);
     }
     // What the tally system hears and the latch shows is the same with or without the act.
     void greyedControlNeverActs()
     {
-        QFETCH(int, act);
-        QFETCH(int, when);
+        QFETCH(Act, act);
+        QFETCH(When, when);
+        const bool mouse = act == Act::Test || act == Act::LatchPress;
         auto run = [&](bool acting) {
-            ScriptedStudio r(3, when != 2);
+            ScriptedStudio r(3, when != When::Offline);
             r.s.window.entry()->setText(u"4"_s);
-            QWidget *target = r.s.w(act == 0   ? Control::cmdTest
-                                    : act == 3 ? Control::txtInput
-                                               : Control::chkTest);
+            QWidget *target = r.s.w(act == Act::Test         ? Control::cmdTest
+                                    : act == Act::EntryEnter ? Control::txtInput
+                                                             : Control::chkTest);
             auto press = [&] {
-                if (when == 3 && act < 2) {
+                if (when == When::OnlineLoadQueued && mouse) {
                     const QPointF at(3, 3);
                     for (QEvent::Type t : {QEvent::MouseButtonPress, QEvent::MouseButtonRelease})
                         QCoreApplication::postEvent(
                             target,
                             new QMouseEvent(t, at, target->mapToGlobal(at), Qt::LeftButton,
                                             Qt::MouseButtons(t == QEvent::MouseButtonPress), {}));
-                } else if (when == 3) {
+                } else if (when == When::OnlineLoadQueued) {
                     QCoreApplication::postEvent(
                         target, new QKeyEvent(QEvent::KeyPress, Qt::Key_Return, {}));
-                } else if (act < 2) {
+                } else if (mouse) {
                     QTest::mouseClick(target, Qt::LeftButton);
                 } else {
                     QTest::keyClick(target, Qt::Key_Return);
@@ -76,8 +84,8 @@ private slots:
                 }
             };
             const qsizetype before = r.port.commands.size();
-            if (when != 2)
-                r.s.click(when ? Control::cmdLoadMatrix : Control::cmdRefresh);
+            if (when != When::Offline)
+                r.s.click(when == When::ReadBack ? Control::cmdRefresh : Control::cmdLoadMatrix);
             else if (acting)
                 press();
             QCoreApplication::processEvents();
@@ -88,20 +96,16 @@ private slots:
 
     void secondPressOfADoubleClickIsAPress_data()
     {
-        QTest::addColumn<bool>("latched");
-        QTest::addColumn<Control>("control");
-        QTest::addColumn<QList<QByteArray>>("sent");
+        const DataTable<bool, Control, QList<QByteArray>> row; // latched, control, sent
         const QList<QByteArray> on{"GetMap 1  2", "mapdisab 1  2", "Set 1  2"};
         const QList<QByteArray> off{"Res 1  2", "MapEnab 1  2"};
-        QTest::newRow("latch") << false << Control::chkTest << on + off;
-        QTest::newRow("Test") << false << Control::cmdTest << on + off + on + off;
-        QTest::newRow("Test, latched output") << true << Control::cmdTest << off + on + off;
+        row("latch", false, Control::chkTest, on + off);
+        row("Test", false, Control::cmdTest, on + off + on + off);
+        row("Test, latched output", true, Control::cmdTest, off + on + off);
     }
     void secondPressOfADoubleClickIsAPress()
     {
-        QFETCH(bool, latched);
-        QFETCH(Control, control);
-        QFETCH(QList<QByteArray>, sent);
+        const auto [latched, control, sent] = DataTable<bool, Control, QList<QByteArray>>::fetch();
         ScriptedStudio r;
         r.s.window.setCurrentRow(Control::List1, 1);
         if (latched)
@@ -116,33 +120,32 @@ private slots:
 
     void entryBoxFollowsTheInputList_data()
     {
-        QTest::addColumn<int>("how");
-        QTest::addColumn<int>("row");
-        QTest::newRow("drag from row 2") << 0 << 5;
-        QTest::newRow("right press") << 1 << 4;
-        QTest::newRow("Down after Tab") << 2 << 3;
-        QTest::newRow("ctrl+click on the current row") << 3 << 2;
+        const DataTable<Move, int> to; // the way, and the input row it ends on
+        to("drag from row 2", Move::Drag, 5);
+        to("right press", Move::RightPress, 4);
+        to("Down after Tab", Move::DownAfterTab, 3);
+        to("ctrl+click on the current row", Move::CtrlClick, 2);
     }
     void entryBoxFollowsTheInputList()
     {
-        QFETCH(int, how);
-        QFETCH(int, row);
+        const auto [how, row] = DataTable<Move, int>::fetch();
         ScriptedStudio r;
         TallyList *inputs = r.s.window.list(Control::list2);
         auto at = [&](int n) { return inputs->visualRect(inputs->model()->index(n, 0)).center(); };
         r.s.window.setCurrentRow(Control::list2, 2);
         r.s.window.setFocus(Control::txtInput);
-        if (how == 0) {
+        if (how == Move::Drag) {
             QTest::mousePress(inputs->viewport(), Qt::LeftButton, {}, at(2));
             QTest::mouseMove(inputs->viewport(), at(row));
             QTest::mouseRelease(inputs->viewport(), Qt::LeftButton, {}, at(row));
-        } else if (how == 2) {
+        } else if (how == Move::DownAfterTab) {
             for (int i = 0; i < 9 && QApplication::focusWidget() != inputs; ++i)
                 QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
             QTest::keyClick(inputs, Qt::Key_Down);
         } else {
-            QTest::mouseClick(inputs->viewport(), how == 1 ? Qt::RightButton : Qt::LeftButton,
-                              how == 3 ? Qt::ControlModifier : Qt::NoModifier, at(row));
+            QTest::mouseClick(
+                inputs->viewport(), how == Move::RightPress ? Qt::RightButton : Qt::LeftButton,
+                how == Move::CtrlClick ? Qt::ControlModifier : Qt::NoModifier, at(row));
         }
         QCOMPARE(inputs->selectionModel()->selectedRows().value(0).row(), row);
         QCOMPARE(r.s.window.entry()->text(), QString::number(row));
@@ -182,20 +185,19 @@ private slots:
 
     void testThatStartsAlwaysEnds_data()
     {
-        QTest::addColumn<QString>("name");
-        QTest::addColumn<int>("button");    // none: Space held in the output list
-        QTest::addColumn<int>("meanwhile"); // 1: the focus moves on, 2: Down in the list
-        QTest::newRow("Test, right") << u"cmdTest"_s << int(Qt::RightButton) << 0;
-        QTest::newRow("Map Tally, right") << u"cmdMapIt"_s << int(Qt::RightButton) << 0;
-        QTest::newRow("Test, Down") << u"cmdTest"_s << int(Qt::LeftButton) << 2;
-        QTest::newRow("Space, focus moves on") << u"List1"_s << int(Qt::NoButton) << 1;
-        QTest::newRow("Space, Down") << u"List1"_s << int(Qt::NoButton) << 2;
+        // The control pressed, the button (none: Space held in the output list), then what
+        // happens meanwhile (Down: in the output list).
+        const DataTable<QString, int, Meanwhile> row;
+        using enum Meanwhile;
+        row("Test, right", u"cmdTest"_s, int(Qt::RightButton), Nothing);
+        row("Map Tally, right", u"cmdMapIt"_s, int(Qt::RightButton), Nothing);
+        row("Test, Down", u"cmdTest"_s, int(Qt::LeftButton), Down);
+        row("Space, focus moves on", u"List1"_s, int(Qt::NoButton), FocusMovesOn);
+        row("Space, Down", u"List1"_s, int(Qt::NoButton), Down);
     }
     void testThatStartsAlwaysEnds()
     {
-        QFETCH(QString, name);
-        QFETCH(int, button);
-        QFETCH(int, meanwhile);
+        const auto [name, button, meanwhile] = DataTable<QString, int, Meanwhile>::fetch();
         ScriptedStudio r;
         Watch watch; // on the background, whose presses move the window
         r.s.window.installEventFilter(&watch);
@@ -205,9 +207,9 @@ private slots:
         else
             QTest::mousePress(w, Qt::MouseButton(button));
         QCOMPARE(r.s.model.OutputTestOn[1], name != u"cmdMapIt"_s);
-        if (meanwhile == 1)
+        if (meanwhile == Meanwhile::FocusMovesOn)
             r.s.window.setFocus(Control::txtInput);
-        if (meanwhile == 2)
+        if (meanwhile == Meanwhile::Down)
             QTest::keyClick(r.s.window.list(Control::List1), Qt::Key_Down);
         if (button == Qt::NoButton)
             QTest::keyRelease(QApplication::focusWidget(), Qt::Key_Space);
@@ -216,7 +218,8 @@ private slots:
         QCOMPARE(watch.presses, 0);
         QTRY_VERIFY(!r.s.model.OutputTestOn[1]); // once the release is known not to be a repeat
         QVERIFY(name == u"cmdMapIt"_s || r.port.commands.endsWith("MapEnab 1  1"));
-        QCOMPARE(r.s.window.text(Control::lblOutChannel), meanwhile == 2 ? u"2"_s : u"1"_s);
+        QCOMPARE(r.s.window.text(Control::lblOutChannel),
+                 meanwhile == Meanwhile::Down ? u"2"_s : u"1"_s);
     }
 
     void fileDialogHandsTypedNamesOn_data()
@@ -317,22 +320,22 @@ private slots:
 
     void layout_data()
     {
-        QTest::addColumn<int>("window"); // the main window in its Boolean layout at 3
+        QTest::addColumn<Shown>("window");
         const char *name[] = {"main", "unit status", "advanced", "main, Boolean layout"};
         for (int w = 0; w < 4; ++w)
-            QTest::newRow(name[w]) << w;
+            QTest::newRow(name[w]) << Shown(w);
     }
     // Every control lies inside the window's outline, and none covers another. A label without
     // a background of its own covers only its text.
     void layout()
     {
-        QFETCH(int, window);
+        QFETCH(Shown, window);
         ScriptedStudio r;
         for (Control box : {Control::Check1, Control::Check2, Control::Check3})
-            if (box != Control::Check3 || window == 3)
+            if (box != Control::Check3 || window == Shown::MainBoolean)
                 r.s.click(box);
         QWidget *w = QList<QWidget *>{&r.s.window, &r.s.logic.unitStatusWindow(),
-                                      &r.s.logic.advancedWindow()}[window % 3];
+                                      &r.s.logic.advancedWindow()}[int(window) % 3];
         QVERIFY(w->isVisible());
         const QRegion outline = w->mask().isEmpty() ? QRegion(w->rect()) : w->mask();
         QList<std::pair<QRect, QString>> controls;
@@ -362,20 +365,18 @@ private slots:
 
     void secondaryWindows_data()
     {
-        QTest::addColumn<int>("act");
-        QTest::addColumn<QByteArray>("sent"); // the last command sent
+        const DataTable<int, QByteArray> row; // the act, the last command sent
         const char *name[] = {"unit: up, down",      "unit: Close Window",
                               "unit: close box",     "unit: main window closed",
                               "advanced: send",      "advanced: Enter",
                               "advanced: close box", "advanced: main window closed"};
         const QByteArray sent[] = {"GSTAT 1", {}, {}, {}, "GSTAT 9", "GSTAT 9", {}, {}};
         for (int a = 0; a < 8; ++a)
-            QTest::newRow(name[a]) << a << sent[a];
+            row(name[a], a, sent[a]);
     }
     void secondaryWindows()
     {
-        QFETCH(int, act);
-        QFETCH(QByteArray, sent);
+        const auto [act, sent] = DataTable<int, QByteArray>::fetch();
         ScriptedStudio r;
         UnitStatusWindow &unit = r.s.logic.unitStatusWindow();
         AdvancedWindow &advanced = r.s.logic.advancedWindow();

@@ -5,6 +5,7 @@
 // shaped main window on X11 and on Wayland, and a key held down as the X server repeats it.
 #include "Studio.h"
 
+#include "core/DataTable.h"
 #include "gui/StartUp.h"
 #include "gui/TopLevelWindows.h"
 #include "gui/WindowOutline.h"
@@ -49,17 +50,15 @@ private slots:
 
     void singleInstance_data()
     {
-        QTest::addColumn<QString>("title"); // of another window on the desktop
-        QTest::addColumn<bool>("blocks");
-        QTest::newRow("exactly Kestrel") << u"Kestrel"_s << true;
-        QTest::newRow("longer title") << u"Kestrel 2"_s << false;
-        QTest::newRow("other case") << u"kestrel"_s << false;
-        QTest::newRow("the configurator running") << QString() << true;
+        const DataTable<QString, bool> row; // another window's title on the desktop, blocks
+        row("exactly Kestrel", u"Kestrel"_s, true);
+        row("longer title", u"Kestrel 2"_s, false);
+        row("other case", u"kestrel"_s, false);
+        row("the configurator running", QString(), true);
     }
     void singleInstance()
     {
-        QFETCH(QString, title);
-        QFETCH(bool, blocks);
+        const auto [title, blocks] = DataTable<QString, bool>::fetch();
         QWidget other;
         QProcess running;
         if (title.isEmpty()) {

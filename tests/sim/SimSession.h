@@ -3,6 +3,8 @@
 
 #pragma once
 
+#include "support/Files.h"
+
 #include <QDeadlineTimer>
 #include <QFile>
 #include <QProcess>
@@ -66,9 +68,5 @@ struct SimSession
         return echo + "\r\n" + line + "\r\n.";
     }
 
-    static QByteArray readFile(const QString &path)
-    {
-        QFile file(path);
-        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<missing>");
-    }
+    static QByteArray readFile(const QString &path) { return ::readFile(path, "<missing>"); }
 };

@@ -5,6 +5,8 @@
 // each answer, the table the mapping commands leave behind, and reading a tally file at start.
 
 #include "SimSession.h"
+#include "core/DataTable.h"
+#include "support/Files.h"
 
 #include <QTemporaryDir>
 #include <QTest>
@@ -20,12 +22,7 @@ QByteArray linesOf(const QByteArrayList &rows)
     return rows.isEmpty() ? QByteArray() : rows.join("\r\n") + "\r\n";
 }
 
-QString writeFile(const QTemporaryDir &dir, const QByteArray &text)
-{
-    QFile file(dir.filePath(u"rows.qvr"_s));
-    return file.open(QIODevice::WriteOnly) && file.write(text) == text.size() ? file.fileName()
-                                                                              : QString();
-}
+using CommandRows = DataTable<QByteArrayList, QByteArrayList, QByteArray, QByteArrayList>;
 
 } // namespace
 
@@ -37,13 +34,10 @@ private slots:
     // the state file give it (the rows the commands act on are those of output 2/5).
     void commands_data()
     {
-        QTest::addColumn<QByteArrayList>("preload");
-        QTest::addColumn<QByteArrayList>("commands");
-        QTest::addColumn<QByteArray>("line");
-        QTest::addColumn<QByteArrayList>("rows");
-        const auto row = [](const char *name, const QByteArrayList &commands,
-                            const QByteArray &line, const QByteArrayList &rows = {}) {
-            QTest::newRow(name) << QByteArrayList() << commands << line << rows;
+        const CommandRows table; // preloaded rows, commands, the last one's reply line, rows
+        const auto row = [&](const char *name, const QByteArrayList &commands,
+                             const QByteArray &line, const QByteArrayList &rows = {}) {
+            table(name, {}, commands, line, rows);
         };
         const QByteArray version = "KESTREL MAIN V2.14", get = "GetMap 2  5";
         const QByteArray a = "Map 2 5 1 3", b = "Map 1 4 2 2", c = "Map 3 12 100 999";
@@ -100,21 +94,18 @@ private slots:
             {hole, rowB, rowA});
         row("Init empties the table", {a, b, "Init", get}, "");
         const QByteArray negative = "[3][12][-99][999][1][4][7][2]";
-        QTest::newRow("preloaded rows, empty lines skipped")
-            << QByteArrayList{hole, "", rowA, negative} << QByteArrayList{"AND 2 5 4 7", get}
-            << andRow << QByteArrayList{hole, andRow, negative};
+        table("preloaded rows, empty lines skipped", {hole, "", rowA, negative},
+              {"AND 2 5 4 7", get}, andRow, {hole, andRow, negative});
     }
     void commands()
     {
-        QFETCH(QByteArrayList, preload);
-        QFETCH(QByteArrayList, commands);
-        QFETCH(QByteArray, line);
-        QFETCH(QByteArrayList, rows);
+        const auto [preload, commands, line, rows] = CommandRows::fetch();
         QTemporaryDir dir;
         const QString state = dir.filePath(u"state.qvr"_s);
         SimSession sim;
-        QVERIFY2(sim.start(Unpaced + QStringList{u"--state"_s, state, u"--rows"_s,
-                                                 writeFile(dir, linesOf(preload))}),
+        QVERIFY2(sim.start(Unpaced +
+                           QStringList{u"--state"_s, state, u"--rows"_s,
+                                       writeFile(dir.filePath(u"rows.qvr"_s), linesOf(preload))}),
                  sim.problem.constData());
         for (const QByteArray &c : commands.first(commands.size() - 1)) // answered at all
             QVERIFY(sim.exchange(c).endsWith("\r\n."));
@@ -143,7 +134,8 @@ private slots:
         QFETCH(QByteArray, line);
         QTemporaryDir dir;
         SimSession sim;
-        const QString rows = writeFile(dir, linesOf({"[2][5][1][3][1][0][0][0]", line}));
+        const QString rows =
+            writeFile(dir.filePath(u"rows.qvr"_s), linesOf({"[2][5][1][3][1][0][0][0]", line}));
         QVERIFY(!sim.start(Unpaced + QStringList{u"--rows"_s, rows}));
         QVERIFY2(sim.problem.contains("line 2 is not a map string"), sim.problem.constData());
     }

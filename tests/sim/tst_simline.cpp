@@ -5,6 +5,7 @@
 // how long an answer takes, and the faults, hanging up among them.
 
 #include "SimSession.h"
+#include "core/DataTable.h"
 
 #include <QElapsedTimer>
 #include <QFileInfo>
@@ -14,6 +15,8 @@
 using namespace Qt::StringLiterals;
 
 static const QByteArray Second = "Map 2 5 1 3";
+// The options, the least time the answer takes, what comes back, its dots, the table left.
+using LineRows = DataTable<QStringList, double, QByteArray, int, QByteArray>;
 
 class TestSimLine : public QObject
 {
@@ -27,18 +30,14 @@ private slots:
     // else by a signal, and its link goes with it.
     void line_data()
     {
-        QTest::addColumn<QStringList>("arguments");
-        QTest::addColumn<double>("minimumMs");
-        QTest::addColumn<QByteArray>("received");
-        QTest::addColumn<int>("dots");
-        QTest::addColumn<QByteArray>("table");
+        const LineRows table;
         const QByteArray first = "[1][1][1][1][1][0][0][0]\r\n";
         const QByteArray both = first + "[2][5][1][3][1][0][0][0]\r\n";
         const QByteArray reply = SimSession::reply(Second, "OK");
         const auto row = [&](const char *name, const QString &option, const QString &value,
                              double minimumMs, const QByteArray &received, int dots) {
-            QTest::newRow(name) << QStringList{option, value} << minimumMs << received << dots
-                                << (value == u"drop:2"_s ? first : both);
+            table(name, QStringList{option, value}, minimumMs, received, dots,
+                  value == u"drop:2"_s ? first : both);
         };
         // An answer that came at once would hide a configurator that gives up too early. Only
         // lower bounds: a busy machine can only make it later. At 1200 bit/s, 10 bits a
@@ -57,11 +56,7 @@ private slots:
     }
     void line()
     {
-        QFETCH(QStringList, arguments);
-        QFETCH(double, minimumMs);
-        QFETCH(QByteArray, received);
-        QFETCH(int, dots);
-        QFETCH(QByteArray, table);
+        const auto [arguments, minimumMs, received, dots, table] = LineRows::fetch();
         QTemporaryDir dir;
         const QString state = dir.filePath(u"state"_s), link = dir.filePath(u"tty"_s);
         SimSession sim;

@@ -92,5 +92,7 @@ public:
         return files.isEmpty() ? QString() : files.takeFirst();
     }
     void processEvents() override { onProcessEvents ? onProcessEvents() : void(); }
+    void beginBlocking() override {}
+    void endBlocking() override {}
     void beep() override { ++beeps; }
 };

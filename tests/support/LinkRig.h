@@ -3,24 +3,27 @@
 
 #pragma once
 
-#include "events/ClearAll.h"
-#include "events/KeyboardEntry.h"
-#include "events/SelectionEvents.h"
-#include "files/TallyFiles.h"
-#include "link/Connection.h"
-#include "matrix/Mapping.h"
-#include "matrix/OutputTest.h"
-#include "matrix/ReadBack.h"
+#include "events/Logic.h"
 #include "support/FakeView.h"
 #include "support/ScriptedPort.h"
 
-// The configurator's logic put together as the main window does, on a scripted port (and its
-// fake clock) and fake views. Outputs are at unit 1 channels 1..outputs, inputs at unit 2
+// The tally system a rig talks to, built before the logic that uses it.
+struct LinkRigParts
+{
+    QList<QByteArray> table;
+    SystemModel model;
+    FakeView view;
+    ScriptedPort port;
+};
+
+// The configurator's logic as the window has it, on a scripted port (and its fake clock) and
+// fake views. Outputs are at unit 1 channels 1..outputs, inputs at unit 2
 // channels 1..inputs. The tally system answers every line "OK", "VER" with "MAINV3", and
 // "RawMap k" with table[k - 1], an empty line past the table.
-struct LinkRig
+struct LinkRig : LinkRigParts, Logic
 {
     explicit LinkRig(int outputs = 4, int inputs = 6)
+        : Logic(model, view, port, port.clock(), port.pause())
     {
         model.NumberOfOutputs = qint16(outputs), model.NumberOfInputs = qint16(inputs);
         for (int i = 1; i <= std::max(outputs, inputs); ++i) {
@@ -51,21 +54,4 @@ struct LinkRig
     }
     // The command lines sent, joined by "|".
     QString sent() const { return QString::fromLatin1(port.commands.join('|')); }
-
-    QList<QByteArray> table;
-    SystemModel model;
-    FakeView view;
-    ScriptedPort port;
-    CommandChannel channel{model, view, port, port.clock()};
-    MatrixLists lists{model, view};
-    Clearing clearing{model, view};
-    DeviceCommands commands{model, channel};
-    ClearAll clearAll{model, view, commands, clearing, lists};
-    Connection connection{model, view, channel, port.pause()};
-    ReadBack readBack{model, view, channel, lists, clearing, commands, port.pause()};
-    Mapping mapping{model, view, channel, commands, lists};
-    OutputTest test{model, view, channel, readBack};
-    SelectionEvents selection{model, view, lists, mapping, test};
-    KeyboardEntry entry{model, view, lists, mapping, selection};
-    TallyFiles files{model, view, mapping, readBack, commands, clearing, lists};
 };

@@ -126,9 +126,9 @@ bool SystemDescription::IniRead(SystemModel &model)
     ParseEnabledUnits(model);
 
     int outputs = 0;
-    for (int i = 1; i <= MaxKeysLooked; ++i) {
+    for (int i = 1; i <= MaxDeclared; ++i) {
         const QString v = value(ini, QStringLiteral("Output") + NumberField(i));
-        if (v.isEmpty() || i > MaxDeclared)
+        if (v.isEmpty())
             break;
         outputs = i;
         if (const auto e = parseEntry(v)) {
@@ -148,9 +148,9 @@ bool SystemDescription::IniRead(SystemModel &model)
     model.InputUnit[0] = 0;
     model.InputChannel[0] = 0;
     int inputs = 0;
-    for (int j = 1; j <= MaxKeysLooked; ++j) {
+    for (int j = 1; j <= MaxDeclared; ++j) {
         const QString v = value(ini, QStringLiteral("Input") + NumberField(j));
-        if (v.isEmpty() || j > MaxDeclared)
+        if (v.isEmpty())
             break;
         inputs = j;
         const Entry e = parseEntry(v).value_or(Entry{});

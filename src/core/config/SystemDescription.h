@@ -21,7 +21,6 @@ public:
         NoSystem,   // read, but no System value in [Kestrel]
     };
 
-    static constexpr int MaxKeysLooked = 1500; // Output/Input indices the reader looks at
     static constexpr qint64 MaxFileBytes = 64 * 1024 * 1024;
 
     explicit SystemDescription(const QString &programDir);

@@ -8,16 +8,41 @@
 
 #include <utility>
 
-HeldTest::HeldTest(SystemModel &model, MainView &view, OutputTest &test, SelectionEvents &selection,
-                   std::chrono::milliseconds grace)
+HeldTest::HeldTest(SystemModel &model, MainView &view, OutputTest &test, SelectionEvents &selection)
     : m_model(model), m_view(view), m_test(test), m_selection(selection)
 {
     m_releaseTimer.setSingleShot(true);
-    m_releaseTimer.setInterval(grace);
+    m_releaseTimer.setInterval(Grace);
     // One more turn of the event loop before the release counts: a repeat press that arrived
     // while the thread was busy is then handled first, even if this timer fell due as well.
     QObject::connect(&m_releaseTimer, &QTimer::timeout, &m_releaseTimer,
                      [this] { QTimer::singleShot(0, &m_releaseTimer, [this] { settle(); }); });
+}
+
+bool HeldTest::List1_KeyDown(int key, Qt::KeyboardModifiers modifiers)
+{
+    if (key == Qt::Key_Space)
+        pressed(Source::Space, m_view.currentRow(Control::List1) + 1);
+    else
+        settle(); // the held Space was let go before this key
+    return m_selection.List1_KeyDown(key, modifiers);
+}
+
+void HeldTest::List1_KeyUp(int key, bool autoRepeat)
+{
+    if (key != Qt::Key_Space)
+        m_selection.List1_KeyUp(key, autoRepeat);
+    else if (!autoRepeat)
+        released(Source::Space);
+}
+
+void HeldTest::cmdTest_MouseDown()
+{
+    const int output = m_view.currentRow(Control::List1) + 1;
+    settle();
+    pressed(Source::Button, output);
+    m_test.TestOn(output);
+    m_view.setFocus(Control::List1);
 }
 
 void HeldTest::pressed(Source source, int output)

@@ -22,10 +22,25 @@ class HeldTest
 public:
     enum class Source { Space, Button };
 
-    // `grace`: longer than one key repeat interval and than a busy machine's delay in handing
-    // the pair's press on.
-    HeldTest(SystemModel &model, MainView &view, OutputTest &test, SelectionEvents &selection,
-             std::chrono::milliseconds grace);
+    // Longer than one key repeat interval at the usual rates (25 to 40 a second), with room for
+    // a busy machine's delay between a repeat's release and its press.
+    static constexpr std::chrono::milliseconds Grace{150};
+
+    HeldTest(SystemModel &model, MainView &view, OutputTest &test, SelectionEvents &selection);
+
+    // The output list's keys: Space starts a held test on the selected output (its handler in
+    // SelectionEvents lights it), any other key first takes a waiting release of Space. True
+    // when the key was used.
+    bool List1_KeyDown(int key, Qt::KeyboardModifiers modifiers);
+    // A release the window system marks as a repeat's is one; one it marks as real may still
+    // be, and the grace decides.
+    void List1_KeyUp(int key, bool autoRepeat);
+    // Space held while the list loses the focus: its release goes elsewhere, so the test ends.
+    void List1_LostFocus() { lost(Source::Space); }
+    // The "Test" button is lit while a mouse button holds it down (the second press of a double
+    // click is a press all the same), on the output under the cursor.
+    void cmdTest_MouseDown();
+    void cmdTest_MouseUp() { released(Source::Button); }
 
     // The key or button went down on `output` (the test itself is started by its handler). A
     // press of Space while its release waits takes that release back: the key was held.

@@ -123,10 +123,10 @@ void SelectionEvents::list2_MouseUp()
 
 void SelectionEvents::cmdMapIt_Click() { mapAndMoveOn(); }
 
-void SelectionEvents::cmdBool_Click(int Index)
+void SelectionEvents::cmdBool_Click(BoolMode mode)
 {
     if (m_view.currentRow(Control::list2) < 1 || m_view.currentRow(Control::list3) < 1)
         return; // both inputs must be real ones
-    m_mapping.MapBool(static_cast<quint8>(Index + 1));
+    m_mapping.MapBool(mode);
     GetOutChannel();
 }

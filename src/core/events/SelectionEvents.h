@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include "matrix/MapString.h"
 #include "model/SystemModel.h"
 #include "view/MainView.h"
 
@@ -32,8 +33,8 @@ public:
     void list2_DblClick();
     void list2_MouseUp();
     void cmdMapIt_Click();
-    // Index 0 is "AND", 1 "OR".
-    void cmdBool_Click(int Index);
+    // "AND" or "OR".
+    void cmdBool_Click(BoolMode mode);
 
     // Moves the selection of `list` by one row, or by ten with a modifier, within 0..last.
     void moveSelection(Control list, int last, bool up, Qt::KeyboardModifiers modifiers);

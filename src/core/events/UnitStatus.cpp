@@ -34,7 +34,6 @@ UnitStatus::UnitStatus(SystemModel &model, MainView &mainView, UnitStatusView &v
 void UnitStatus::GetBits(qint16 Ounit)
 {
     m_channel.SendCommand(u"BITS"_s + NumberField(Ounit));
-    m_model.Response = CommandChannel::GetResponse(m_model.IBuffer);
     m_model.UnitBits = ParseGetBits(m_model.Response);
 }
 

@@ -44,7 +44,7 @@ void TallyFiles::fileError(const QString &what, const QString &path, const QStri
                       MessageResult::Ok);
 }
 
-void TallyFiles::load(const QString &mode)
+void TallyFiles::load(LoadMode mode)
 {
     const QString path = GetOpenTallyFileName();
     if (!path.isEmpty()) {
@@ -59,17 +59,17 @@ void TallyFiles::load(const QString &mode)
     m_view.setFocus(Control::List1);
 }
 
-void TallyFiles::cmdLoadMatrix_Click() { load(QStringLiteral("Full")); }
+void TallyFiles::cmdLoadMatrix_Click() { load(LoadMode::Full); }
 
-void TallyFiles::cmdPartLoadMatrix_Click() { load(QStringLiteral("Part")); }
+void TallyFiles::cmdPartLoadMatrix_Click() { load(LoadMode::Part); }
 
-bool TallyFiles::LoadMatrixMappings(const QString &TallyFile, const QString &LoadMode)
+bool TallyFiles::LoadMatrixMappings(const QString &path, LoadMode mode)
 {
     // The whole file is read before anything changes, so that a bad file loses nothing.
     QStringList fields;
     QString error;
-    if (!TallyFile::read(TallyFile, &fields, &error)) {
-        fileError(QStringLiteral("The tally file could not be read:"), TallyFile, error);
+    if (!TallyFile::read(path, &fields, &error)) {
+        fileError(QStringLiteral("The tally file could not be read:"), path, error);
         return false;
     }
     const qsizetype ignored = fields.size() - MaxFields;
@@ -78,7 +78,7 @@ bool TallyFiles::LoadMatrixMappings(const QString &TallyFile, const QString &Loa
 
     m_view.setText(Control::lblDownloading, QString());
     m_lists.EnableControls(false);
-    if (LoadMode == QStringLiteral("Full")) {
+    if (mode == LoadMode::Full) {
         if (m_model.Online) {
             m_device.SystemInit();
             m_clearing.ClearLocalMaps();
@@ -163,14 +163,14 @@ QStringList TallyFiles::SavedLines()
     return lines;
 }
 
-bool TallyFiles::SaveAllMappings(const QString &TallyFile)
+bool TallyFiles::SaveAllMappings(const QString &path)
 {
     const QStringList lines = SavedLines();
     QString error;
-    if (!TallyFile::write(TallyFile, lines, &error)) {
+    if (!TallyFile::write(path, lines, &error)) {
         fileError(QStringLiteral("The tally file could not be written; any earlier file of that "
                                  "name is unchanged:"),
-                  TallyFile, error);
+                  path, error);
         return false;
     }
     return true;

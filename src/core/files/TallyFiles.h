@@ -12,6 +12,9 @@ class Mapping;
 class MatrixLists;
 class ReadBack;
 
+// "Load" replaces the matrix; "Partial Load" adds to it.
+enum class LoadMode { Full, Part };
+
 // "Save", "Load" and "Partial Load": the matrix to and from tally files. Online, a save reads
 // the tally system's table first and a load sends every mapping; offline both work on the model.
 class TallyFiles
@@ -26,11 +29,10 @@ public:
     void cmdPartLoadMatrix_Click();
     void cmdSaveMatrix_Click();
 
-    // "Full" replaces the matrix, anything else adds to it. False when the file could not be
-    // read; the operator has been told and nothing changed.
-    bool LoadMatrixMappings(const QString &TallyFile, const QString &LoadMode);
+    // False when the file could not be read; the operator has been told and nothing changed.
+    bool LoadMatrixMappings(const QString &path, LoadMode mode);
     // False when the file could not be written; the operator has been told.
-    bool SaveAllMappings(const QString &TallyFile);
+    bool SaveAllMappings(const QString &path);
     // The lines a save writes: online the tally system's table as read back, offline the
     // model's map strings in output order. For writers other than a file (standard output).
     QStringList SavedLines();
@@ -39,7 +41,7 @@ public:
     QString GetSaveTallyFileName();
 
 private:
-    void load(const QString &mode);
+    void load(LoadMode mode);
     void fileError(const QString &what, const QString &path, const QString &reason);
 
     SystemModel &m_model;

@@ -14,8 +14,7 @@ Connection::Connection(SystemModel &model, MainView &view, CommandChannel &chann
 
 void Connection::enableOnlineControls(bool enabled)
 {
-    for (Control c : {Control::cmdTest, Control::chkTest, Control::cmdRefresh, Control::Check1,
-                      Control::Check2})
+    for (Control c : OnlineOnlyControls)
         m_view.setEnabled(c, enabled);
 }
 
@@ -29,6 +28,7 @@ bool Connection::GoOnline()
             m_model.Online = true;
             result = true;
             done = true;
+            m_view.endBlocking(); // before the greyed controls come back
             enableOnlineControls(true);
             m_view.setText(Control::cmdOnline, u"Online"_s);
             m_view.setBackColour(Control::cmdOnline, Colours::Green);
@@ -57,13 +57,9 @@ bool Connection::GoOnline()
 void Connection::GoOffline()
 {
     m_model.Online = false;
-    m_view.setEnabled(Control::cmdTest, false);
-    m_view.setEnabled(Control::chkTest, false);
+    enableOnlineControls(false);
     m_view.setText(Control::cmdOnline, u"OFFLINE"_s);
     m_view.setBackColour(Control::cmdOnline, Colours::LightRed);
-    m_view.setEnabled(Control::cmdRefresh, false);
-    m_view.setEnabled(Control::Check1, false);
-    m_view.setEnabled(Control::Check2, false);
 }
 
 void Connection::cmdOnline_Click()

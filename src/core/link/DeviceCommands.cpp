@@ -14,27 +14,13 @@ DeviceCommands::DeviceCommands(SystemModel &model, CommandChannel &channel)
 {
 }
 
-void DeviceCommands::keepReplyLine()
-{
-    m_model.Response = CommandChannel::GetResponse(m_model.IBuffer);
-}
+void DeviceCommands::SystemInit() { m_channel.SendCommand(u"Init"_s); }
 
-void DeviceCommands::SystemInit()
-{
-    m_channel.SendCommand(u"Init"_s);
-    keepReplyLine();
-}
-
-void DeviceCommands::SystemRefresh()
-{
-    m_channel.SendCommand(u"Refresh"_s);
-    keepReplyLine();
-}
+void DeviceCommands::SystemRefresh() { m_channel.SendCommand(u"Refresh"_s); }
 
 void DeviceCommands::EnableUnit(qint16 UnitNumber)
 {
     m_channel.SendCommand(u"Uenable "_s + NumberField(UnitNumber));
-    keepReplyLine();
 }
 
 void DeviceCommands::EnableUnits()
@@ -51,15 +37,11 @@ void DeviceCommands::ResetOutput(qint16 Ounit, qint16 Ochannel)
 
 bool DeviceCommands::ClearMapping(qint16 Ounit, qint16 Ochannel)
 {
-    const bool answered =
-        m_channel.SendCommand(u"ClrMap"_s + NumberField(Ounit) + u" "_s + NumberField(Ochannel));
-    keepReplyLine();
-    return answered;
+    return m_channel.SendCommand(u"ClrMap"_s + NumberField(Ounit) + u" "_s + NumberField(Ochannel));
 }
 
 QString DeviceCommands::GetStat(qint16 Xunit)
 {
     m_channel.SendCommand(u"GSTAT"_s + NumberField(Xunit));
-    keepReplyLine();
     return m_model.Response;
 }

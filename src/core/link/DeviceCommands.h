@@ -30,8 +30,6 @@ public:
     QString GetStat(qint16 Xunit);
 
 private:
-    void keepReplyLine();
-
     SystemModel &m_model;
     CommandChannel &m_channel;
 };

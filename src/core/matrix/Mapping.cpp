@@ -110,7 +110,7 @@ void Mapping::MapCurrent()
         recordMapping(i);
 }
 
-void Mapping::MapBool(quint8 BoolOp)
+void Mapping::MapBool(BoolMode BoolOp)
 {
     MapCurrent();
     const int i = selectedOutput();

@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include "matrix/MapString.h"
 #include "model/SystemModel.h"
 #include "view/MainView.h"
 
@@ -36,8 +37,8 @@ public:
                         qint16 IUnitBool, qint16 IChannelBool, qint16 BoolType);
     // The selected output to the selected input.
     void MapCurrent();
-    // The selected output to the AND (1) or OR (2) of the two selected inputs.
-    void MapBool(quint8 BoolOp);
+    // The selected output to the AND or OR of the two selected inputs.
+    void MapBool(BoolMode BoolOp);
 
 private:
     // Both set operations: the flash, the number check, then online the unmap or the command;

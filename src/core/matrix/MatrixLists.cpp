@@ -84,6 +84,10 @@ void MatrixLists::EnableControls(bool Enabled)
 {
     m_view.setVisible(Control::lblTallyOutputs, Enabled);
     m_view.setVisible(Control::lblDownloading, !Enabled);
+    if (Enabled)
+        m_view.endBlocking();
+    else
+        m_view.beginBlocking();
     for (Control c : {Control::list2, Control::cmdMapIt, Control::txtInput, Control::cmdInit})
         m_view.setEnabled(c, Enabled);
     // Offline these keep the disabled state that going offline gave them.

@@ -25,14 +25,12 @@ QString ReadBack::LimitText()
 void ReadBack::GetMapping(qint16 Ounit, qint16 Ochannel)
 {
     m_channel.SendCommand(u"GetMap"_s + NumberField(Ounit) + u" "_s + NumberField(Ochannel));
-    m_model.Response = CommandChannel::GetResponse(m_model.IBuffer);
     ParseGetMap(m_model, m_model.Response);
 }
 
 QString ReadBack::GetRawMapping(qint16 Index)
 {
     m_channel.SendCommand(u"RawMap"_s + NumberField(Index));
-    m_model.Response = CommandChannel::GetResponse(m_model.IBuffer);
     if (m_model.Response.isEmpty())
         return QString(); // RawMap and the register keep what they had
     if (InTable(Index))
@@ -113,11 +111,7 @@ bool ReadBack::goodReply() const
            (m_model.Response.isEmpty() || ReadStrictMapFields(m_model.Response));
 }
 
-void ReadBack::MapTableCompress()
-{
-    m_channel.SendCommand(u"Comp"_s);
-    m_model.Response = CommandChannel::GetResponse(m_model.IBuffer);
-}
+void ReadBack::MapTableCompress() { m_channel.SendCommand(u"Comp"_s); }
 
 void ReadBack::SyncWithKestrel()
 {

@@ -28,6 +28,10 @@ enum class Control {
 };
 // clang-format on
 
+// What needs the tally system: greyed while offline, from the start until the link is tried.
+inline constexpr Control OnlineOnlyControls[] = {
+    Control::cmdTest, Control::chkTest, Control::cmdRefresh, Control::Check1, Control::Check2};
+
 enum class Window { frmVerbose, frmUnitBits };
 
 // A colour as red, green, blue; or the desktop's own button face, whatever the palette says.
@@ -100,5 +104,11 @@ public:
 
     // Let pending window events run (a click on "Cancel" during a read-back).
     virtual void processEvents() = 0;
+    // A load or a read-back holds the thread from beginBlocking to endBlocking: no event is
+    // served in between except through processEvents, so the view paints what changes at once.
+    // At the end, the input that queued meanwhile is served while the controls it went to are
+    // still greyed, and so does nothing. The probe for the tally system ends the same way.
+    virtual void beginBlocking() = 0;
+    virtual void endBlocking() = 0;
     virtual void beep() = 0;
 };
