@@ -45,12 +45,12 @@ QString numbered(const QString &pattern, int from, int to)
 } // namespace
 
 // A text, its number, and that number stored into 16 bits (null: it does not fit).
-using NumberRows = DataTable<QString, double, QVariant>;
-using MapRows = DataTable<QString, MapFields>;
+using NumberRows = DataTable<"text number stored", QString, double, QVariant>;
+using MapRows = DataTable<"text fields", QString, MapFields>;
 // A tally file's bytes or a path; its fields joined by "|", or the name shown.
-using TallyRows = DataTable<QString, QString>;
+using TallyRows = DataTable<"text read", QString, QString>;
 // Kestrel.ini after its "[Kestrel]" line ("<dir>": a folder), the model as describe() puts it.
-using IniRows = DataTable<QString, QString>;
+using IniRows = DataTable<"ini model", QString, QString>;
 
 class TestReaders : public QObject
 {

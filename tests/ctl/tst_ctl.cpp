@@ -25,8 +25,8 @@ namespace {
 
 // The arguments, the tally file, then the exit status, standard output, standard error's
 // pattern, the commands received, the table left, and the setup.
-using RunRows =
-    DataTable<QString, QByteArray, int, QByteArray, QString, QString, QByteArray, QString>;
+using RunRows = DataTable<"arguments file wantStatus wantOut errPattern wire table setup", QString,
+                          QByteArray, int, QByteArray, QString, QString, QByteArray, QString>;
 
 // Map strings given blank-separated, as the lines of a tally file.
 QByteArray lines(const char *rows) { return QByteArray(rows).replace(' ', "\r\n") + "\r\n"; }
