@@ -156,8 +156,10 @@ private slots:
         wire("Uenable -1\r\n", [](LinkRig &r) { r.commands.EnableUnit(-1); });
         wire("Res 2  16\r\n", [](LinkRig &r) { r.commands.ResetOutput(2, 16); });
         wire("ClrMap-3  32767\r\n", [](LinkRig &r) { r.commands.ClearMapping(-3, 32767); });
-        wire("AND 2 5 4 7\r\n", [](LinkRig &r) { r.mapping.SetBoolMapping(2, 5, 1, 3, 4, 7, 1); });
-        wire("OR 2 5 0 0\r\n", [](LinkRig &r) { r.mapping.SetBoolMapping(2, 5, 1, 3, 0, 0, 2); });
+        wire("AND 2 5 4 7\r\n",
+             [](LinkRig &r) { r.mapping.SetBoolMapping(2, 5, 1, 3, 4, 7, AndMapping); });
+        wire("OR 2 5 0 0\r\n",
+             [](LinkRig &r) { r.mapping.SetBoolMapping(2, 5, 1, 3, 0, 0, OrMapping); });
         wire("Refresh\r\nRawMap 1\r\n", [](LinkRig &r) { r.readBack.cmdRefresh_Click(); });
     }
     void wire()
