@@ -51,7 +51,11 @@ struct Studio
     QTemporaryDir dir;
     QProcess sim;
     QString path(const QString &name) const { return dir.filePath(name); }
-    ~Studio() { sim.kill(), sim.waitForFinished(3000); }
+    ~Studio()
+    {
+        sim.kill();
+        sim.waitForFinished(3000);
+    }
 
     bool start(const QByteArray &show, const QStringList &simArguments = {},
                const QByteArray &held = Held)
