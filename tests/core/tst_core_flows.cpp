@@ -430,15 +430,14 @@ private slots:
         for (int k = 0, n = file.toInt(); k < n; ++k)
             file += "[1][" + QByteArray::number(k % 4 + 1) + "][2][1][1][0][0][0]\r\n";
         QTemporaryDir dir;
-        QFile f(dir.filePath(u"f.qvr"_s));
+        const QString path = dir.filePath(u"f.qvr"_s);
         const bool folder = file == "<dir>";
         QVERIFY(folder ? QDir(dir.path()).mkdir(u"f.qvr"_s)
-                       : f.open(QIODevice::WriteOnly) && f.write(file.mid(file.indexOf('['))) >= 0);
-        f.close();
-        QCOMPARE(r.files.LoadMatrixMappings(f.fileName(), mode), !folder);
+                       : !writeFile(path, file.mid(file.indexOf('['))).isEmpty());
+        QCOMPARE(r.files.LoadMatrixMappings(path, mode), !folder);
         QCOMPARE(r.sent(), sent);
         QCOMPARE(::filed(r), filed);
-        QCOMPARE(r.view.boxes.replaceInStrings(f.fileName(), u"DIR"_s), boxes);
+        QCOMPARE(r.view.boxes.replaceInStrings(path, u"DIR"_s), boxes);
         QVERIFY(r.view.isEnabled(Control::cmdMapIt));
         QCOMPARE(r.view.isVisible(Control::lblDownloading), folder); // hidden when done
     }

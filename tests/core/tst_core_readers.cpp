@@ -8,6 +8,7 @@
 #include "files/TallyFile.h"
 #include "matrix/MapString.h"
 #include "model/NumberText.h"
+#include "support/Files.h"
 
 #include <QDir>
 #include <QTemporaryDir>
@@ -146,11 +147,9 @@ private slots:
     {
         const auto [ini, model] = IniRows::fetch();
         QTemporaryDir dir;
-        QFile file(dir.filePath(u"Kestrel.ini"_s));
+        const QString path = dir.filePath(u"Kestrel.ini"_s);
         QVERIFY(ini == u"<dir>"_s ? QDir(dir.path()).mkdir(u"Kestrel.ini"_s)
-                                  : file.open(QIODevice::WriteOnly) &&
-                                        file.write("[Kestrel]\r\n" + ini.toLatin1()) > 0);
-        file.close();
+                                  : !writeFile(path, "[Kestrel]\r\n" + ini.toLatin1()).isEmpty());
         SystemModel m;
         m.NumberOfOutputs = 7; // an unusable file leaves the model as it was
         SystemDescription description(dir.path());
