@@ -61,7 +61,9 @@ private slots:
     // What the tally system hears and the latch shows is the same with or without the act.
     void greyedControlNeverActs()
     {
-        const auto [act, when] = GreyedRows::fetch();
+        Act act{}; // not a structured binding: the lambdas below capture it
+        When when{};
+        std::tie(act, when) = GreyedRows::fetch();
         const bool mouse = act == Act::Test || act == Act::LatchPress;
         auto run = [&](bool acting) {
             ScriptedStudio r(3, when != When::Offline);
@@ -239,7 +241,7 @@ private slots:
     }
     void fileDialogHandsTypedNamesOn()
     {
-        const auto [typed] = TypedRows::fetch();
+        const QString typed = std::get<0>(TypedRows::fetch()); // captured below
         ScriptedStudio r(0, false);
         r.s.dialogs.setFileResponder({}); // the real dialog
         writeFile(r.s.dir.filePath(u".hidden.qvr"_s), "[1][2][2][3][1][0][0][0]\r\n");
