@@ -58,7 +58,7 @@ int ApplyCommand::run(const QString &file, bool partial, const QString &device)
         const MapFields &m = *o.wanted;
         mapping.SetMapping(m[0], m[1], m[2], m[3]);
         if (m[7] != PlainMapping && !m_session.failed())
-            mapping.SetBoolMapping(m[0], m[1], m[2], m[3], m[5], m[6], m[7]);
+            mapping.SetBoolMapping(m[0], m[1], m[2], m[3], m[5], m[6], BoolMode(m[7]));
         if (m_session.failed())
             return stopped(o);
     }

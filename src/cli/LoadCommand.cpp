@@ -41,7 +41,7 @@ int LoadCommand::run(const QString &file, bool partial, const QString &device)
         const MapFields &m = maps[sent];
         if (mapping.SetMapping(m[0], m[1], m[2], m[3]) && m[7] != PlainMapping &&
             !m_session.failed())
-            mapping.SetBoolMapping(m[0], m[1], m[2], m[3], m[5], m[6], m[7]);
+            mapping.SetBoolMapping(m[0], m[1], m[2], m[3], m[5], m[6], BoolMode(m[7]));
     }
     m_console.end();
     if (m_session.failed()) {

@@ -8,6 +8,7 @@
 #include "files/TallyFile.h"
 #include "matrix/MapString.h"
 #include "model/NumberText.h"
+#include "support/Files.h"
 
 #include <QDir>
 #include <QTemporaryDir>
@@ -45,12 +46,12 @@ QString numbered(const QString &pattern, int from, int to)
 } // namespace
 
 // A text, its number, and that number stored into 16 bits (null: it does not fit).
-using NumberRows = DataTable<QString, double, QVariant>;
-using MapRows = DataTable<QString, MapFields>;
+using NumberRows = DataTable<"text number stored", QString, double, QVariant>;
+using MapRows = DataTable<"text fields", QString, MapFields>;
 // A tally file's bytes or a path; its fields joined by "|", or the name shown.
-using TallyRows = DataTable<QString, QString>;
+using TallyRows = DataTable<"text read", QString, QString>;
 // Kestrel.ini after its "[Kestrel]" line ("<dir>": a folder), the model as describe() puts it.
-using IniRows = DataTable<QString, QString>;
+using IniRows = DataTable<"ini model", QString, QString>;
 
 class TestReaders : public QObject
 {
@@ -146,11 +147,9 @@ private slots:
     {
         const auto [ini, model] = IniRows::fetch();
         QTemporaryDir dir;
-        QFile file(dir.filePath(u"Kestrel.ini"_s));
+        const QString path = dir.filePath(u"Kestrel.ini"_s);
         QVERIFY(ini == u"<dir>"_s ? QDir(dir.path()).mkdir(u"Kestrel.ini"_s)
-                                  : file.open(QIODevice::WriteOnly) &&
-                                        file.write("[Kestrel]\r\n" + ini.toLatin1()) > 0);
-        file.close();
+                                  : !writeFile(path, "[Kestrel]\r\n" + ini.toLatin1()).isEmpty());
         SystemModel m;
         m.NumberOfOutputs = 7; // an unusable file leaves the model as it was
         SystemDescription description(dir.path());

@@ -25,8 +25,8 @@ namespace {
 
 // The arguments, the tally file, then the exit status, standard output, standard error's
 // pattern, the commands received, the table left, and the setup.
-using RunRows =
-    DataTable<QString, QByteArray, int, QByteArray, QString, QString, QByteArray, QString>;
+using RunRows = DataTable<"arguments file wantStatus wantOut errPattern wire table setup", QString,
+                          QByteArray, int, QByteArray, QString, QString, QByteArray, QString>;
 
 // Map strings given blank-separated, as the lines of a tally file.
 QByteArray lines(const char *rows) { return QByteArray(rows).replace(' ', "\r\n") + "\r\n"; }
@@ -51,7 +51,11 @@ struct Studio
     QTemporaryDir dir;
     QProcess sim;
     QString path(const QString &name) const { return dir.filePath(name); }
-    ~Studio() { sim.kill(), sim.waitForFinished(3000); }
+    ~Studio()
+    {
+        sim.kill();
+        sim.waitForFinished(3000);
+    }
 
     bool start(const QByteArray &show, const QStringList &simArguments = {},
                const QByteArray &held = Held)

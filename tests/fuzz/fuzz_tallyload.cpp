@@ -10,9 +10,9 @@
 #include "matrix/MapString.h"
 #include "model/NumberText.h"
 #include "support/FakeView.h"
+#include "support/Files.h"
 #include "support/ScriptedPort.h"
 
-#include <QFile>
 #include <QTemporaryDir>
 
 #include <memory>
@@ -94,12 +94,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     const QByteArray bytes(reinterpret_cast<const char *>(data), qsizetype(size));
     static QTemporaryDir dir;
     const QString path = dir.filePath(QStringLiteral("fuzz.qvr"));
-    {
-        QFile f(path);
-        require(f.open(QIODevice::WriteOnly | QIODevice::Truncate) &&
-                    f.write(bytes) == bytes.size(),
-                "cannot write the file");
-    }
+    require(!writeFile(path, bytes).isEmpty(), "cannot write the file");
     // The field reader has a fuzzer of its own; here it tells what the load must have read.
     loadOffline(path, TallyFile::fields(bytes));
     return 0;

@@ -16,7 +16,11 @@
 
 using namespace Qt::StringLiterals;
 
-inline QStringList sorted(QStringList list) { return list.sort(), list; }
+inline QStringList sorted(QStringList list)
+{
+    list.sort();
+    return list;
+}
 
 // The main window with its beeps counted: a beep is how a time-out reaches the operator.
 struct CountingWindow : MainWindow

@@ -59,9 +59,10 @@ const Fault Faults[] = {
     {"slow:625", true, {0, Same, 2, Same, Same, Same}},
 };
 
-using OperateRows = DataTable<QList<Control>, QList<int>, QStringList, QString>;
+using OperateRows =
+    DataTable<"clicks picked added text", QList<Control>, QList<int>, QStringList, QString>;
 // The fault, the operation, what it leaves, whether the operator is told.
-using FaultRows = DataTable<QString, int, int, bool>;
+using FaultRows = DataTable<"fault operation left told", QString, int, int, bool>;
 
 } // namespace
 

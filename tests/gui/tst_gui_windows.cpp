@@ -30,6 +30,17 @@ enum class When { ReadBack, OnlineLoad, Offline, OnlineLoadQueued };
 enum class Move { Drag, RightPress, DownAfterTab, CtrlClick }; // to another input row
 enum class Meanwhile { Nothing, FocusMovesOn, Down };
 enum class Shown { Main, UnitStatus, Advanced, MainBoolean }; // the window laid out
+// What is done to a secondary window once its box has opened it.
+enum class Done { UpDown, CloseWindow, Send, Enter, CloseBox, MainClosed };
+
+using GreyedRows = DataTable<"act when", Act, When>;
+using DoubleClickRows = DataTable<"latched control sent", bool, Control, QList<QByteArray>>;
+using MoveRows = DataTable<"how row", Move, int>; // the input row the move ends on
+using HoldRows = DataTable<"name button meanwhile", QString, int, Meanwhile>;
+using TypedRows = DataTable<"typed", QString>;
+using LayoutRows = DataTable<"window", Shown>;
+// The window's box (Check1: unit status, Check2: advanced), the last command sent.
+using SecondaryRows = DataTable<"box done sent", Control, Done, QByteArray>;
 
 } // namespace
 
@@ -39,20 +50,20 @@ class TestGuiWindows : public QObject
 private slots:
     void greyedControlNeverActs_data()
     {
-        QTest::addColumn<Act>("act");
-        QTest::addColumn<When>("when");
+        const GreyedRows row;
         const char *act[] = {"Test", "latch press", "latch Enter", "entry Enter"};
         const char *when[] = {"read-back", "online load", "offline", "online load, queued"};
         for (int a = 0; a < 4; ++a)
             for (int w = 0; w < 4; ++w)
                 if (When(w) != When::Offline || a % 2 == 0) // offline, Enter only
-                    QTest::addRow("%s: %s", when[w], act[a]) << Act(a) << When(w);
+                    row((when[w] + QByteArray(": ") + act[a]).constData(), Act(a), When(w));
     }
     // What the tally system hears and the latch shows is the same with or without the act.
     void greyedControlNeverActs()
     {
-        QFETCH(Act, act);
-        QFETCH(When, when);
+        Act act{}; // not a structured binding: the lambdas below capture it
+        When when{};
+        std::tie(act, when) = GreyedRows::fetch();
         const bool mouse = act == Act::Test || act == Act::LatchPress;
         auto run = [&](bool acting) {
             ScriptedStudio r(3, when != When::Offline);
@@ -96,7 +107,7 @@ private slots:
 
     void secondPressOfADoubleClickIsAPress_data()
     {
-        const DataTable<bool, Control, QList<QByteArray>> row; // latched, control, sent
+        const DoubleClickRows row;
         const QList<QByteArray> on{"GetMap 1  2", "mapdisab 1  2", "Set 1  2"};
         const QList<QByteArray> off{"Res 1  2", "MapEnab 1  2"};
         row("latch", false, Control::chkTest, on + off);
@@ -105,7 +116,7 @@ private slots:
     }
     void secondPressOfADoubleClickIsAPress()
     {
-        const auto [latched, control, sent] = DataTable<bool, Control, QList<QByteArray>>::fetch();
+        const auto [latched, control, sent] = DoubleClickRows::fetch();
         ScriptedStudio r;
         r.s.window.setCurrentRow(Control::List1, 1);
         if (latched)
@@ -120,7 +131,7 @@ private slots:
 
     void entryBoxFollowsTheInputList_data()
     {
-        const DataTable<Move, int> to; // the way, and the input row it ends on
+        const MoveRows to;
         to("drag from row 2", Move::Drag, 5);
         to("right press", Move::RightPress, 4);
         to("Down after Tab", Move::DownAfterTab, 3);
@@ -128,7 +139,7 @@ private slots:
     }
     void entryBoxFollowsTheInputList()
     {
-        const auto [how, row] = DataTable<Move, int>::fetch();
+        const auto [how, row] = MoveRows::fetch();
         ScriptedStudio r;
         TallyList *inputs = r.s.window.list(Control::list2);
         auto at = [&](int n) { return inputs->visualRect(inputs->model()->index(n, 0)).center(); };
@@ -187,7 +198,7 @@ private slots:
     {
         // The control pressed, the button (none: Space held in the output list), then what
         // happens meanwhile (Down: in the output list).
-        const DataTable<QString, int, Meanwhile> row;
+        const HoldRows row;
         using enum Meanwhile;
         row("Test, right", u"cmdTest"_s, int(Qt::RightButton), Nothing);
         row("Map Tally, right", u"cmdMapIt"_s, int(Qt::RightButton), Nothing);
@@ -197,7 +208,7 @@ private slots:
     }
     void testThatStartsAlwaysEnds()
     {
-        const auto [name, button, meanwhile] = DataTable<QString, int, Meanwhile>::fetch();
+        const auto [name, button, meanwhile] = HoldRows::fetch();
         ScriptedStudio r;
         Watch watch; // on the background, whose presses move the window
         r.s.window.installEventFilter(&watch);
@@ -224,13 +235,13 @@ private slots:
 
     void fileDialogHandsTypedNamesOn_data()
     {
-        QTest::addColumn<QString>("typed");
-        QTest::newRow("no such file") << u"nothere.qvr"_s;
-        QTest::newRow("hidden file") << u".hidden.qvr"_s;
+        const TypedRows row;
+        row("no such file", u"nothere.qvr"_s);
+        row("hidden file", u".hidden.qvr"_s);
     }
     void fileDialogHandsTypedNamesOn()
     {
-        QFETCH(QString, typed);
+        const QString typed = std::get<0>(TypedRows::fetch()); // captured below
         ScriptedStudio r(0, false);
         r.s.dialogs.setFileResponder({}); // the real dialog
         writeFile(r.s.dir.filePath(u".hidden.qvr"_s), "[1][2][2][3][1][0][0][0]\r\n");
@@ -320,16 +331,17 @@ private slots:
 
     void layout_data()
     {
-        QTest::addColumn<Shown>("window");
-        const char *name[] = {"main", "unit status", "advanced", "main, Boolean layout"};
-        for (int w = 0; w < 4; ++w)
-            QTest::newRow(name[w]) << Shown(w);
+        const LayoutRows row;
+        row("main", Shown::Main);
+        row("unit status", Shown::UnitStatus);
+        row("advanced", Shown::Advanced);
+        row("main, Boolean layout", Shown::MainBoolean);
     }
     // Every control lies inside the window's outline, and none covers another. A label without
     // a background of its own covers only its text.
     void layout()
     {
-        QFETCH(Shown, window);
+        const auto [window] = LayoutRows::fetch();
         ScriptedStudio r;
         for (Control box : {Control::Check1, Control::Check2, Control::Check3})
             if (box != Control::Check3 || window == Shown::MainBoolean)
@@ -365,44 +377,56 @@ private slots:
 
     void secondaryWindows_data()
     {
-        const DataTable<int, QByteArray> row; // the act, the last command sent
-        const char *name[] = {"unit: up, down",      "unit: Close Window",
-                              "unit: close box",     "unit: main window closed",
-                              "advanced: send",      "advanced: Enter",
-                              "advanced: close box", "advanced: main window closed"};
-        const QByteArray sent[] = {"GSTAT 1", {}, {}, {}, "GSTAT 9", "GSTAT 9", {}, {}};
-        for (int a = 0; a < 8; ++a)
-            row(name[a], a, sent[a]);
+        const SecondaryRows row;
+        using enum Done;
+        row("unit: up, down", Control::Check1, UpDown, "GSTAT 1");
+        row("unit: Close Window", Control::Check1, CloseWindow, {});
+        row("unit: close box", Control::Check1, CloseBox, {});
+        row("unit: main window closed", Control::Check1, MainClosed, {});
+        row("advanced: send", Control::Check2, Send, "GSTAT 9");
+        row("advanced: Enter", Control::Check2, Enter, "GSTAT 9");
+        row("advanced: close box", Control::Check2, CloseBox, {});
+        row("advanced: main window closed", Control::Check2, MainClosed, {});
     }
     void secondaryWindows()
     {
-        const auto [act, sent] = DataTable<int, QByteArray>::fetch();
+        const auto [box, done, sent] = SecondaryRows::fetch();
         ScriptedStudio r;
         UnitStatusWindow &unit = r.s.logic.unitStatusWindow();
         AdvancedWindow &advanced = r.s.logic.advancedWindow();
-        const Control box = act < 4 ? Control::Check1 : Control::Check2;
-        QWidget *window = act < 4 ? static_cast<QWidget *>(&unit) : &advanced;
+        QWidget *window = box == Control::Check1 ? static_cast<QWidget *>(&unit) : &advanced;
         r.s.click(box);
         QVERIFY(window->isVisible());
         r.port.commands.clear();
         advanced.commandLine()->setText(u"GSTAT 9"_s);
-        const QList<QAbstractButton *> clicks[] = {{unit.upButton(), unit.downButton()},
-                                                   {unit.closeButton()},
-                                                   {},
-                                                   {},
-                                                   {advanced.sendButton()}};
-        for (QAbstractButton *b : act < 5 ? clicks[act] : QList<QAbstractButton *>())
-            QTest::mouseClick(b, Qt::LeftButton);
-        if (act == 5)
+        const auto click = [](QAbstractButton *b) { QTest::mouseClick(b, Qt::LeftButton); };
+        switch (done) {
+        case Done::UpDown:
+            click(unit.upButton());
+            click(unit.downButton());
+            break;
+        case Done::CloseWindow:
+            click(unit.closeButton());
+            break;
+        case Done::Send:
+            click(advanced.sendButton());
+            break;
+        case Done::Enter:
             QTest::keyClick(advanced.commandLine(), Qt::Key_Return);
-        if (act % 4 >= 2) // closed by its box, or with the main window
-            QVERIFY((act % 4 == 2 ? window : &r.s.window)->close());
+            break;
+        case Done::CloseBox:
+            QVERIFY(window->close());
+            break;
+        case Done::MainClosed:
+            QVERIFY(r.s.window.close());
+            break;
+        }
         const bool open = !sent.isEmpty();
         QCOMPARE(r.port.commands.isEmpty() ? QByteArray() : r.port.commands.last(), sent);
         QCOMPARE(window->isVisible(), open);
         QCOMPARE(r.s.window.isChecked(box), open);
         QCOMPARE(unit.watchUnitText(), u"1"_s);
-        if (act >= 4 && open) // the time of day, then the exchange
+        if (box == Control::Check2 && open) // the time of day, then the exchange
             QCOMPARE(advanced.monitor()->toPlainText().section(u'\n', 1), u"GSTAT 9\nOK\n."_s);
     }
 

@@ -34,6 +34,8 @@ int groundOutsideOutline(const QImage &shot)
                                          outline.boundingRect().topLeft());
     return outside;
 }
+// Another window's title on the desktop, and whether it blocks a second start.
+using InstanceRows = DataTable<"title blocks", QString, bool>;
 } // namespace
 
 class TestX11Shell : public QObject
@@ -50,7 +52,7 @@ private slots:
 
     void singleInstance_data()
     {
-        const DataTable<QString, bool> row; // another window's title on the desktop, blocks
+        const InstanceRows row;
         row("exactly Kestrel", u"Kestrel"_s, true);
         row("longer title", u"Kestrel 2"_s, false);
         row("other case", u"kestrel"_s, false);
@@ -58,7 +60,7 @@ private slots:
     }
     void singleInstance()
     {
-        const auto [title, blocks] = DataTable<QString, bool>::fetch();
+        const auto [title, blocks] = InstanceRows::fetch();
         QWidget other;
         QProcess running;
         if (title.isEmpty()) {

@@ -85,6 +85,10 @@ struct NetLine : DevicePort
 
 QStringList rows(const B &f) { return QString::fromLatin1(f).split(u"\r\n"_s, Qt::SkipEmptyParts); }
 
+// Telnet, the peer's reply, what is let in, what the peer received.
+using ExchangeRows = DataTable<"telnet reply in wire", bool, B, B, B>;
+// rfc2217; kestrelctl cut off in a read-back.
+using Ser2netRows = DataTable<"rfc2217 cut", bool, bool>;
 } // namespace
 
 class TestNet : public QObject
@@ -93,7 +97,7 @@ class TestNet : public QObject
 private slots:
     void exchange_data()
     {
-        DataTable<bool, B, B, B> row; // Telnet, the peer's reply, let in, what the peer received
+        const ExchangeRows row;
         const B text = B(2000, 'x') + '.', sent = "A\377B\r\n"_b, escaped = "A\xff\377B\r\n"_b;
         row("raw bytes as they are", false, "o\377k."_b, "o\377k."_b, sent);
         row("telnet escaped", true, "o\xff\377k."_b, "o\377k."_b, Offers + Settings + escaped);
@@ -112,7 +116,7 @@ private slots:
     }
     void exchange()
     {
-        const auto [telnet, reply, in, wire] = DataTable<bool, B, B, B>::fetch();
+        const auto [telnet, reply, in, wire] = ExchangeRows::fetch();
         quint16 number = 0;
         auto received = peer(&number, telnet, reply);
         NetworkPort port;
@@ -132,12 +136,12 @@ private slots:
     {
         // rfc2217; kestrelctl cut off in a read-back (once: after the drop both forms run the
         // same code, and the window's drop runs under each)
-        DataTable<bool, bool> row;
+        const Ser2netRows row;
         row("raw TCP", false, false), row("telnet", true, true);
     }
     void ser2net()
     {
-        const auto [rfc2217, cut] = DataTable<bool, bool>::fetch();
+        const auto [rfc2217, cut] = Ser2netRows::fetch();
         const B held = "[1][4][2][1][1][0][0][0]\r\n[1][1][2][2][1][2][3][1]\r\n";
         SimProcess sim;
         Ser2net server;

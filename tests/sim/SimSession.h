@@ -60,7 +60,11 @@ struct SimSession
         return untilReply && received.endsWith("\r\n.") ? received + readFor(40) : received;
     }
 
-    QByteArray exchange(const QByteArray &command) { return send(command), readFor(2000, true); }
+    QByteArray exchange(const QByteArray &command)
+    {
+        send(command);
+        return readFor(2000, true);
+    }
 
     // The bytes a complete answer must be: the echo, CR LF, the reply line, CR LF, ".".
     static QByteArray reply(const QByteArray &echo, const QByteArray &line)

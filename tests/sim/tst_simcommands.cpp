@@ -22,7 +22,9 @@ QByteArray linesOf(const QByteArrayList &rows)
     return rows.isEmpty() ? QByteArray() : rows.join("\r\n") + "\r\n";
 }
 
-using CommandRows = DataTable<QByteArrayList, QByteArrayList, QByteArray, QByteArrayList>;
+using RefusedRows = DataTable<"line", QByteArray>; // a line --rows refuses
+using CommandRows = DataTable<"preload commands line rows", QByteArrayList, QByteArrayList,
+                              QByteArray, QByteArrayList>;
 
 } // namespace
 
@@ -122,16 +124,16 @@ private slots:
     // --rows takes a tally file only in the exact form a map string is written in.
     void preloadRefuses_data()
     {
-        QTest::addColumn<QByteArray>("line");
-        QTest::newRow("seven fields") << QByteArray("[2][5][1][3][1][0][0]");
-        QTest::newRow("nine fields") << QByteArray("[2][5][1][3][1][0][0][0][0]");
-        QTest::newRow("hex field") << QByteArray("[2][5][&H1][3][1][0][0][0]");
-        QTest::newRow("four characters") << QByteArray("[2][5][1000][3][1][0][0][0]");
-        QTest::newRow("text after the fields") << QByteArray("[2][5][1][3][1][0][0][0]x");
+        const RefusedRows row;
+        row("seven fields", "[2][5][1][3][1][0][0]");
+        row("nine fields", "[2][5][1][3][1][0][0][0][0]");
+        row("hex field", "[2][5][&H1][3][1][0][0][0]");
+        row("four characters", "[2][5][1000][3][1][0][0][0]");
+        row("text after the fields", "[2][5][1][3][1][0][0][0]x");
     }
     void preloadRefuses()
     {
-        QFETCH(QByteArray, line);
+        const auto [line] = RefusedRows::fetch();
         QTemporaryDir dir;
         SimSession sim;
         const QString rows =

@@ -16,7 +16,8 @@ using namespace Qt::StringLiterals;
 
 static const QByteArray Second = "Map 2 5 1 3";
 // The options, the least time the answer takes, what comes back, its dots, the table left.
-using LineRows = DataTable<QStringList, double, QByteArray, int, QByteArray>;
+using LineRows = DataTable<"arguments minimumMs received dots table", QStringList, double,
+                           QByteArray, int, QByteArray>;
 
 class TestSimLine : public QObject
 {

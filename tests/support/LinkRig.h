@@ -25,15 +25,18 @@ struct LinkRig : LinkRigParts, Logic
     explicit LinkRig(int outputs = 4, int inputs = 6)
         : Logic(model, view, port, port.clock(), port.pause())
     {
-        model.NumberOfOutputs = qint16(outputs), model.NumberOfInputs = qint16(inputs);
+        model.NumberOfOutputs = qint16(outputs);
+        model.NumberOfInputs = qint16(inputs);
         for (int i = 1; i <= std::max(outputs, inputs); ++i) {
             model.OutputName[i] = QStringLiteral("Out %1").arg(i);
             model.InputName[i] = QStringLiteral("In %1").arg(i);
-            model.OutputUnit[i] = 1, model.InputUnit[i] = 2;
+            model.OutputUnit[i] = 1;
+            model.InputUnit[i] = 2;
             model.OutputChannel[i] = model.InputChannel[i] = qint16(i);
         }
         model.InputName[0] = QStringLiteral("Unassigned");
-        model.SystemName = QStringLiteral("Studio A"), model.KestrelCommport = 1;
+        model.SystemName = QStringLiteral("Studio A");
+        model.KestrelCommport = 1;
         port.responder = [this](const QByteArray &c) -> std::optional<ScriptedPort::Reply> {
             const qsizetype k = c.startsWith("RawMap ") ? c.mid(7).toInt() : 0;
             return ScriptedPort::answer(c, k            ? table.value(k - 1)

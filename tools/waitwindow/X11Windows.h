@@ -3,6 +3,8 @@
 
 #pragma once
 
+#include "gui/XcbReplies.h"
+
 #include <xcb/xcb.h>
 
 #include <QByteArray>
@@ -37,8 +39,8 @@ public:
         m_root = screen->root;
         m_width = screen->width_in_pixels;
         m_height = screen->height_in_pixels;
-        m_netWmName = atom("_NET_WM_NAME");
-        m_utf8 = atom("UTF8_STRING");
+        m_netWmName = Xcb::atom(m_c, "_NET_WM_NAME");
+        m_utf8 = Xcb::atom(m_c, "UTF8_STRING");
     }
     ~X11Windows()
     {
@@ -56,11 +58,11 @@ public:
     {
         if (!m_c)
             return 0;
-        for (xcb_window_t w : children(m_root)) {
+        for (xcb_window_t w : Xcb::children(m_c, m_root)) {
             // Without a window manager clients are the root's children; with one that
             // reparents, one level further down.
             std::vector<xcb_window_t> candidates{w};
-            for (xcb_window_t inner : children(w))
+            for (xcb_window_t inner : Xcb::children(m_c, w))
                 candidates.push_back(inner);
             for (xcb_window_t c : candidates) {
                 if (titleOf(c) == title && (!viewable || isViewable(c)))
@@ -81,7 +83,7 @@ public:
             return false;
         std::vector<Rect> above;
         bool seen = false;
-        for (xcb_window_t sibling : children(m_root)) { // bottom to top
+        for (xcb_window_t sibling : Xcb::children(m_c, m_root)) { // bottom to top
             if (seen && isViewable(sibling))
                 above.push_back(rectOf(sibling));
             seen = seen || sibling == w || contains(sibling, w);
@@ -95,7 +97,7 @@ public:
             const int x1 = std::min(m_width, r.x + r.width);
             if (y < 0 || y >= m_height || x1 - x0 < 2)
                 continue;
-            Reply<xcb_get_image_reply_t> img(xcb_get_image_reply(
+            Xcb::Reply<xcb_get_image_reply_t> img(xcb_get_image_reply(
                 m_c,
                 xcb_get_image(m_c, XCB_IMAGE_FORMAT_Z_PIXMAP, m_root, int16_t(x0), int16_t(y),
                               uint16_t(x1 - x0), 1, ~0u),
@@ -122,12 +124,6 @@ public:
     }
 
 private:
-    struct FreeDeleter
-    {
-        void operator()(void *p) const { std::free(p); }
-    };
-    template <typename T> using Reply = std::unique_ptr<T, FreeDeleter>;
-
     // A window's place on the screen, border included.
     struct Rect
     {
@@ -135,9 +131,9 @@ private:
     };
     Rect rectOf(xcb_window_t w)
     {
-        Reply<xcb_get_geometry_reply_t> g(
+        Xcb::Reply<xcb_get_geometry_reply_t> g(
             xcb_get_geometry_reply(m_c, xcb_get_geometry(m_c, w), nullptr));
-        Reply<xcb_translate_coordinates_reply_t> at(xcb_translate_coordinates_reply(
+        Xcb::Reply<xcb_translate_coordinates_reply_t> at(xcb_translate_coordinates_reply(
             m_c, xcb_translate_coordinates(m_c, w, m_root, 0, 0), nullptr));
         if (!g || !at)
             return {};
@@ -146,47 +142,21 @@ private:
     }
     bool contains(xcb_window_t parent, xcb_window_t w)
     {
-        const std::vector<xcb_window_t> kids = children(parent);
+        const std::vector<xcb_window_t> kids = Xcb::children(m_c, parent);
         return std::find(kids.begin(), kids.end(), w) != kids.end();
-    }
-
-    xcb_atom_t atom(const char *name)
-    {
-        Reply<xcb_intern_atom_reply_t> r(xcb_intern_atom_reply(
-            m_c, xcb_intern_atom(m_c, 0, uint16_t(std::strlen(name)), name), nullptr));
-        return r ? r->atom : xcb_atom_t(XCB_ATOM_NONE);
-    }
-
-    QByteArray property(xcb_window_t w, xcb_atom_t prop, xcb_atom_t type)
-    {
-        Reply<xcb_get_property_reply_t> r(
-            xcb_get_property_reply(m_c, xcb_get_property(m_c, 0, w, prop, type, 0, 256), nullptr));
-        if (!r || r->type == XCB_ATOM_NONE)
-            return {};
-        return QByteArray(static_cast<const char *>(xcb_get_property_value(r.get())),
-                          xcb_get_property_value_length(r.get()));
     }
 
     QByteArray titleOf(xcb_window_t w)
     {
-        QByteArray t = property(w, m_netWmName, m_utf8);
-        return t.isEmpty() ? property(w, XCB_ATOM_WM_NAME, XCB_ATOM_STRING) : t;
+        QByteArray t = Xcb::property(m_c, w, m_netWmName, m_utf8);
+        return t.isEmpty() ? Xcb::property(m_c, w, XCB_ATOM_WM_NAME, XCB_ATOM_STRING) : t;
     }
 
     bool isViewable(xcb_window_t w)
     {
-        Reply<xcb_get_window_attributes_reply_t> r(
+        Xcb::Reply<xcb_get_window_attributes_reply_t> r(
             xcb_get_window_attributes_reply(m_c, xcb_get_window_attributes(m_c, w), nullptr));
         return r && r->map_state == XCB_MAP_STATE_VIEWABLE;
-    }
-
-    std::vector<xcb_window_t> children(xcb_window_t w)
-    {
-        Reply<xcb_query_tree_reply_t> r(xcb_query_tree_reply(m_c, xcb_query_tree(m_c, w), nullptr));
-        if (!r)
-            return {};
-        const xcb_window_t *kids = xcb_query_tree_children(r.get());
-        return std::vector<xcb_window_t>(kids, kids + xcb_query_tree_children_length(r.get()));
     }
 
     xcb_connection_t *m_c = nullptr;

@@ -99,7 +99,7 @@ bool TallyFiles::LoadMatrixMappings(const QString &path, LoadMode mode)
             if (m_model.CurrentBooleanMode != PlainMapping)
                 ok = m_mapping.SetBoolMapping(ou, oc, iu, ic, m_model.CurrentBooleanInUnit,
                                               m_model.CurrentBooleanInChannel,
-                                              m_model.CurrentBooleanMode);
+                                              BoolMode(m_model.CurrentBooleanMode));
         }
         if (!ok)
             break;

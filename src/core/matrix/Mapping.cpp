@@ -68,7 +68,7 @@ bool Mapping::SetMapping(qint16 Ounit, qint16 Ochannel, qint16 IUnit, qint16 ICh
 }
 
 bool Mapping::SetBoolMapping(qint16 Ounit, qint16 Ochannel, qint16 IUnit, qint16 IChannel,
-                             qint16 IUnitBool, qint16 IChannelBool, qint16 BoolType)
+                             qint16 IUnitBool, qint16 IChannelBool, BoolMode BoolType)
 {
     // The unmap test is on the first input; the second is then not sent at all.
     const QString keyword = BoolType == AndMapping ? QStringLiteral("AND") : QStringLiteral("OR");

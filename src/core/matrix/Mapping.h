@@ -32,9 +32,10 @@ public:
     // Plain mapping; an input unit below 1 unmaps the output. False when an unmap got no
     // answer to its clear, or when a number cannot be written into a map string.
     bool SetMapping(qint16 Ounit, qint16 Ochannel, qint16 IUnit, qint16 IChannel);
-    // Adds the second input of an AND (1) or OR (2) mapping, after SetMapping for the output.
+    // Adds the second input of an AND or OR mapping, after SetMapping for the output. A mode
+    // read from a file may hold any number: anything but AND is sent as OR, and filed as read.
     bool SetBoolMapping(qint16 Ounit, qint16 Ochannel, qint16 IUnit, qint16 IChannel,
-                        qint16 IUnitBool, qint16 IChannelBool, qint16 BoolType);
+                        qint16 IUnitBool, qint16 IChannelBool, BoolMode BoolType);
     // The selected output to the selected input.
     void MapCurrent();
     // The selected output to the AND or OR of the two selected inputs.
