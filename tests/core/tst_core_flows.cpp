@@ -299,7 +299,7 @@ private slots:
         // Delete selects "Unassigned" and sends nothing; Enter then unmaps.
         const Act del = [](LinkRig &r) {
             r.selection.List1_KeyDown(Qt::Key_Delete, {});
-            r.selection.List1_KeyUp(Qt::Key_Delete, false);
+            r.selection.List1_KeyUp(Qt::Key_Delete);
         };
         row("Delete", del, u""_s, mapped, mappedRow, 1, 0, u""_s, u"2"_s, u""_s, {});
         row("Delete, Enter",
@@ -382,20 +382,6 @@ private slots:
         r.test.TestLatchChange();
         shows(false);
         QCOMPARE(r.sent(), u"GetMap 1  1|mapdisab 1  1|Set 1  1|Res 1  1|MapEnab 1  1"_s);
-    }
-
-    // Space held with key repeat: a release and a press again for each repeat; the row stays
-    // red until the last release.
-    void spaceHeld()
-    {
-        LinkRig r(30, 25);
-        mapped(r);
-        for (bool repeat : {true, true, false}) {
-            r.selection.List1_KeyDown(Qt::Key_Space, {});
-            r.selection.List1_KeyUp(Qt::Key_Space, repeat);
-            QCOMPARE(r.view.at(Control::List1).colours[1] == Colours::Red, repeat);
-        }
-        QCOMPARE(r.sent(), u"GetMap 1  2|mapdisab 1  2|Set 1  2|Res 1  2|MapEnab 1  2"_s);
     }
 
     void load_data()

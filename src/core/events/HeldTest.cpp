@@ -31,7 +31,7 @@ bool HeldTest::List1_KeyDown(int key, Qt::KeyboardModifiers modifiers)
 void HeldTest::List1_KeyUp(int key, bool autoRepeat)
 {
     if (key != Qt::Key_Space)
-        m_selection.List1_KeyUp(key, autoRepeat);
+        m_selection.List1_KeyUp(key);
     else if (!autoRepeat)
         released(Source::Space);
 }

@@ -87,15 +87,11 @@ bool SelectionEvents::List1_KeyDown(int key, Qt::KeyboardModifiers modifiers)
     }
 }
 
-void SelectionEvents::List1_KeyUp(int key, bool autoRepeat)
+void SelectionEvents::List1_KeyUp(int key)
 {
+    // Space's release is HeldTest's: it ends the test the hold started.
     switch (key) {
     case Qt::Key_Space:
-        // The desktop repeats a held key as release and press pairs: only the real release ends
-        // the test.
-        if (!autoRepeat)
-            m_test.TestOff(m_view.currentRow(Control::List1) + 1);
-        break;
     case Qt::Key_Left:
     case Qt::Key_Right:
         break;

@@ -27,7 +27,7 @@ public:
 
     // Key handlers return true when they swallow the key.
     bool List1_KeyDown(int key, Qt::KeyboardModifiers modifiers);
-    void List1_KeyUp(int key, bool autoRepeat);
+    void List1_KeyUp(int key);
     void List1_Click();
     void list2_Click();
     void list2_DblClick();
