@@ -48,7 +48,6 @@ private slots:
                          andRow = "[2][5][1][3][1][4][7][1]";
         row("empty line", {""}, "READY");
         row("probe: CR then VER", {"\rVER"}, version);
-        row("keyword in any case", {"vEr"}, version);
         row("runs of blanks", {"  Map  2  5  1  3  "}, "OK", {rowA});
         row("RawMap 0", {a, "RawMap 0"}, "", {rowA});
         row("AND without a row", {"AND 2 5 4 7"}, "ERR NO MAP");
