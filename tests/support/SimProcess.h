@@ -7,7 +7,6 @@
 
 #include <QProcess>
 #include <QTemporaryDir>
-#include <QThread>
 
 using namespace Qt::StringLiterals;
 
@@ -21,9 +20,8 @@ struct SimProcess
                       QStringList{u"--link"_s, link(), u"--state"_s, path("table.qvr"), u"--rows"_s,
                                   writeFile(path("rows.qvr"), rows), u"--baud"_s, u"0"_s} +
                           extra);
-        for (int k = 0; k < 500 && !QFile::exists(link()); ++k)
-            QThread::msleep(10);
-        return QFile::exists(link());
+        // It writes the port's path once the link and the table file are in place.
+        return process.waitForReadyRead(5000) && QFile::exists(link());
     }
     QString path(const char *name) const { return dir.filePath(QString::fromLatin1(name)); }
     QString link() const { return path("tty"); }
