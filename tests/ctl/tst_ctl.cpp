@@ -5,13 +5,11 @@
 // exit status.
 
 #include "core/DataTable.h"
-#include "support/Files.h"
+#include "support/SimProcess.h"
 
-#include <QFile>
 #include <QProcess>
 #include <QRegularExpression>
 #include <QSerialPort>
-#include <QTemporaryDir>
 #include <QTest>
 
 #include <csignal>
@@ -48,33 +46,19 @@ const QByteArray Full = [] {
 // tally system holding `Held`, and a tally file show.qvr.
 struct Studio
 {
-    QTemporaryDir dir;
-    QProcess sim;
-    QString path(const QString &name) const { return dir.filePath(name); }
-    ~Studio()
-    {
-        sim.kill();
-        sim.waitForFinished(3000);
-    }
+    SimProcess sim;
+    QString path(const char *name) const { return sim.path(name); }
 
     bool start(const QByteArray &show, const QStringList &simArguments = {},
                const QByteArray &held = Held)
     {
-        const auto write = [this](const QString &name, const QByteArray &bytes) {
-            return !writeFile(path(name), bytes).isEmpty();
-        };
-        QString ini = u"[Kestrel]\r\nSystem=Test\r\nEnabledUnits=1,2\r\nCommDevice=%1/tty\r\n"_s;
+        QString ini =
+            u"[Kestrel]\r\nSystem=Test\r\nEnabledUnits=1,2\r\nCommDevice=%1\r\n"_s.arg(sim.link());
         for (int i = 1; i <= 6; ++i)
             ini += u"Output %1=Out %1,1,%1\r\nInput %1=In %1,2,%1\r\n"_s.arg(i);
-        if (!write(u"Kestrel.ini"_s, ini.arg(dir.path()).toLocal8Bit()) ||
-            !write(u"rows.qvr"_s, held) || !write(u"show.qvr"_s, show))
-            return false;
-        const QString options = u"--link %1/tty --log %1/log --state %1/state --rows %1/rows.qvr"_s;
-        sim.start(QStringLiteral(KESTREL_SIM_PATH),
-                  (options.arg(dir.path()) + u" --baud 0"_s).split(u' ') + simArguments);
-        sim.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-        // It writes the port's path once the link is in place.
-        return sim.waitForReadyRead(5000) && QFile::exists(path(u"tty"_s));
+        return !writeFile(path("Kestrel.ini"), ini.toLocal8Bit()).isEmpty() &&
+               !writeFile(path("show.qvr"), show).isEmpty() &&
+               sim.start(QStringList{u"--log"_s, path("log")} + simArguments, held);
     }
     // The commands received, without the probe, the version query and the read-back's rows.
     QStringList wire() const
@@ -82,8 +66,7 @@ struct Studio
         static const QRegularExpression other(u"^\\S+ (?!<CR>VER$|VER$|RawMap |$)(.+)$"_s,
                                               QRegularExpression::MultilineOption);
         QStringList out;
-        for (auto it = other.globalMatch(QString::fromLatin1(readFile(path(u"log"_s))));
-             it.hasNext();)
+        for (auto it = other.globalMatch(QString::fromLatin1(readFile(path("log")))); it.hasNext();)
             out << it.next().captured(1);
         return out;
     }
@@ -93,7 +76,7 @@ struct Studio
     void startCtl(const QString &arguments)
     {
         p.start(QStringLiteral(KESTRELCTL_PATH),
-                (u"--ini %1/Kestrel.ini "_s + arguments).arg(dir.path()).split(u' '));
+                (u"--ini %1/Kestrel.ini "_s + arguments).arg(sim.dir.path()).split(u' '));
     }
     std::tuple<int, QByteArray, QByteArray> finishCtl()
     {
@@ -219,7 +202,7 @@ private slots:
         QVERIFY(s.start(
             file, setup == u"silent"_s ? QStringList{u"--fault"_s, u"silent"_s} : QStringList(),
             setup == u"full"_s ? Full : Held));
-        QSerialPort holder(s.path(u"tty"_s));
+        QSerialPort holder(s.sim.link());
         QVERIFY(setup != u"held"_s || holder.open(QIODevice::ReadWrite));
         const auto [status, out, err] = s.ctl(arguments);
         QCOMPARE(status, wantStatus);
@@ -229,9 +212,9 @@ private slots:
         QCOMPARE(s.wire().join(u'|'), wire);
         // Not even the probe went out before the failure.
         if (status == 2 && wire.isEmpty() && setup != u"silent"_s)
-            QCOMPARE(readFile(s.path(u"log"_s)), QByteArray());
-        QCOMPARE(readFile(s.path(u"state"_s)), table);
-        QCOMPARE(readFile(s.path(u"show.qvr"_s)),
+            QCOMPARE(readFile(s.path("log")), QByteArray());
+        QCOMPARE(readFile(s.path("table.qvr")), table);
+        QCOMPARE(readFile(s.path("show.qvr")),
                  arguments.startsWith(u"read --overwrite"_s) ? Device : file);
     }
 
@@ -282,10 +265,10 @@ private slots:
                          .match(QString::fromLocal8Bit(out))
                          .hasMatch(),
                      out);
-            QVERIFY2(!readFile(s.path(u"log"_s)).contains("ignored"), c.fault);
-            QCOMPARE(readFile(s.path(u"show.qvr"_s)), show);
+            QVERIFY2(!readFile(s.path("log")).contains("ignored"), c.fault);
+            QCOMPARE(readFile(s.path("show.qvr")), show);
         }
-        QCOMPARE(readFile(studios.back()->path(u"state"_s)), show);
+        QCOMPARE(readFile(studios.back()->path("table.qvr")), show);
     }
 
     void sendAndWatch()
@@ -300,7 +283,7 @@ private slots:
         QCOMPARE(s.wire(), (QStringList{u"Set 2 5"_s, u"Set -2 5"_s}));
         QProcess watch;
         watch.start(QStringLiteral(KESTRELCTL_PATH),
-                    {u"--ini"_s, s.path(u"Kestrel.ini"_s), u"watch"_s, u"2"_s});
+                    {u"--ini"_s, s.path("Kestrel.ini"), u"watch"_s, u"2"_s});
         QByteArray out;
         QTRY_VERIFY_WITH_TIMEOUT(
             (out += watch.readAllStandardOutput()).contains(" unit 2 bit 5 on\n"), 10000);

@@ -10,6 +10,7 @@
 #include "link/QtSerialPortAdapter.h"
 #include "support/Files.h"
 #include "support/ScriptedPort.h"
+#include "support/SimProcess.h"
 
 #include <QtTest>
 #include <QtWidgets>
@@ -115,32 +116,6 @@ struct ScriptedStudio
     ScriptedPort port;
     Studio s{port, port.clock(), port.pause()};
     bool loaded = false;
-};
-
-// kestrel-sim running for one test, its link and table file in a temporary folder.
-struct SimProcess
-{
-    ~SimProcess() { process.kill(), process.waitForFinished(); }
-    bool start(const QStringList &extra, const QByteArray &rows = {})
-    {
-        process.start(QString::fromUtf8(KESTREL_SIM_PATH),
-                      QStringList{u"--link"_s, link(), u"--state"_s, path("table.qvr"), u"--rows"_s,
-                                  writeFile(path("rows.qvr"), rows), u"--baud"_s, u"0"_s} +
-                          extra);
-        for (int k = 0; k < 500 && !QFile::exists(link()); ++k)
-            QThread::msleep(10);
-        return QFile::exists(link());
-    }
-    QString path(const char *name) const { return dir.filePath(QString::fromLatin1(name)); }
-    QString link() const { return path("tty"); }
-    // The tally system's table as it stands, holes included: one map string per row.
-    QStringList table() const
-    {
-        return QString::fromLatin1(readFile(path("table.qvr")))
-            .split(u"\r\n"_s, Qt::SkipEmptyParts);
-    }
-    QTemporaryDir dir;
-    QProcess process;
 };
 
 // kestrel-sim needs no time to settle.
