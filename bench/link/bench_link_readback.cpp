@@ -53,26 +53,11 @@ int main(int argc, char *argv[])
         model.InputChannel[j] = static_cast<qint16>(j);
     }
     QTemporaryDir dir;
-    QFile table(dir.filePath(u"table.qvr"_s));
-    if (!dir.isValid() || !table.open(QIODevice::WriteOnly)) {
-        std::fprintf(stderr, "cannot write the table file\n");
-        return 1;
-    }
-    for (int r = 1; r <= rows; ++r)
-        table.write(ComposeMapString(model.OutputUnit[r], model.OutputChannel[r], 20,
-                                     static_cast<qint16>(1 + r % 32))
-                        .toLatin1() +
-                    "\r\n");
-    table.close();
-
     QProcess sim;
-    sim.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-    sim.start(simPath, {u"--rows"_s, table.fileName(), u"--baud"_s, QString::number(Baud)});
-    if (!sim.waitForStarted(5000) || !sim.waitForReadyRead(5000)) {
-        std::fprintf(stderr, "kestrel-sim did not start: %s\n", qPrintable(simPath));
+    const QString line =
+        startSimOnTable(sim, simPath, model, rows, dir.filePath(QStringLiteral("table.qvr")));
+    if (line.isEmpty())
         return 1;
-    }
-    const QString line = QString::fromLocal8Bit(sim.readLine()).trimmed();
 
     QtSerialPortAdapter adapter;
     adapter.PortSetDevice(line);

@@ -64,23 +64,11 @@ int main(int argc, char *argv[])
         model.OutputChannel[i] = static_cast<qint16>(1 + (i - 1) % 100);
     }
     QTemporaryDir dir;
-    QFile table(dir.filePath(u"table.qvr"_s));
-    if (!dir.isValid() || !table.open(QIODevice::WriteOnly))
-        return 1;
-    for (int r = 1; r <= rows; ++r)
-        table.write(ComposeMapString(model.OutputUnit[r], model.OutputChannel[r], 20,
-                                     static_cast<qint16>(1 + r % 32))
-                        .toLatin1() +
-                    "\r\n");
-    table.close();
-
     QProcess sim;
-    sim.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-    sim.start(QStringLiteral(KESTREL_SIM_PATH),
-              {u"--rows"_s, table.fileName(), u"--baud"_s, QString::number(Baud)});
-    if (!sim.waitForStarted(5000) || !sim.waitForReadyRead(5000))
+    const QString tty = startSimOnTable(sim, QStringLiteral(KESTREL_SIM_PATH), model, rows,
+                                        dir.filePath(QStringLiteral("table.qvr")));
+    if (tty.isEmpty())
         return 1;
-    const QString tty = QString::fromLocal8Bit(sim.readLine()).trimmed();
 
     QTcpServer a, b; // two free ports on 127.0.0.1
     if (!a.listen(QHostAddress::LocalHost) || !b.listen(QHostAddress::LocalHost))

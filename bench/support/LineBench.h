@@ -7,10 +7,14 @@
 // keeps every byte crossing the line, and the process's processor time.
 
 #include "link/SerialPort.h"
+#include "matrix/MapString.h"
+#include "model/SystemModel.h"
 #include "view/MainView.h"
 
 #include <QCoreApplication>
+#include <QFile>
 #include <QHash>
+#include <QProcess>
 #include <QStringList>
 
 #include <algorithm>
@@ -146,4 +150,31 @@ inline double cpuSeconds()
     getrusage(RUSAGE_SELF, &u);
     return double(u.ru_utime.tv_sec + u.ru_stime.tv_sec) +
            double(u.ru_utime.tv_usec + u.ru_stime.tv_usec) / 1e6;
+}
+
+// kestrel-sim at the benchmarks' line speed, preloaded from `tablePath` with `rows` rows: output
+// r (as the model addresses it) mapped to input 20/(1 + r % 32). The path of its port, or "" when
+// it could not be started (said on standard error).
+inline QString startSimOnTable(QProcess &sim, const QString &simPath, const SystemModel &model,
+                               int rows, const QString &tablePath)
+{
+    QFile table(tablePath);
+    if (!table.open(QIODevice::WriteOnly)) {
+        std::fprintf(stderr, "cannot write the table file %s\n", qPrintable(tablePath));
+        return {};
+    }
+    for (int r = 1; r <= rows; ++r)
+        table.write(ComposeMapString(model.OutputUnit[r], model.OutputChannel[r], 20,
+                                     static_cast<qint16>(1 + r % 32))
+                        .toLatin1() +
+                    "\r\n");
+    table.close();
+    sim.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+    sim.start(simPath, {QStringLiteral("--rows"), tablePath, QStringLiteral("--baud"),
+                        QString::number(Baud)});
+    if (!sim.waitForStarted(5000) || !sim.waitForReadyRead(5000)) {
+        std::fprintf(stderr, "kestrel-sim did not start: %s\n", qPrintable(simPath));
+        return {};
+    }
+    return QString::fromLocal8Bit(sim.readLine()).trimmed();
 }
