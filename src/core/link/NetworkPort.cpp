@@ -33,7 +33,7 @@ NetworkPort::NetworkPort(QObject *parent) : QObject(parent)
     // The socket's own buffer stays small; the exchange's limit bounds the rest.
     m_socket.setReadBufferSize(16 * 1024);
     // Direct: readyRead is also emitted inside the blocking waits, where only a flag is set.
-    connect(&m_socket, &QTcpSocket::readyRead, this, &NetworkPort::onReadyRead);
+    connect(&m_socket, &QTcpSocket::readyRead, &m_received, &ReceiveNotice::arrived);
     // A command goes out at once rather than waiting to be joined by more.
     connect(&m_socket, &QTcpSocket::connected, this, [this] {
         m_socket.setSocketOption(QAbstractSocket::LowDelayOption, 1);
@@ -46,7 +46,7 @@ NetworkPort::NetworkPort(QObject *parent) : QObject(parent)
 
 NetworkPort::~NetworkPort()
 {
-    m_dataReceived = {};
+    m_received.setHandler({});
     PortClose();
 }
 
@@ -213,21 +213,5 @@ bool NetworkPort::PortWaitForData(Duration limit)
 
 void NetworkPort::setPortDataReceived(std::function<void()> handler)
 {
-    m_dataReceived = std::move(handler);
-}
-
-void NetworkPort::onReadyRead()
-{
-    // One queued call stands for every burst that arrives before the event loop next runs.
-    if (m_notificationQueued)
-        return;
-    m_notificationQueued = true;
-    QMetaObject::invokeMethod(this, &NetworkPort::deliverDataReceived, Qt::QueuedConnection);
-}
-
-void NetworkPort::deliverDataReceived()
-{
-    m_notificationQueued = false;
-    if (m_dataReceived)
-        m_dataReceived();
+    m_received.setHandler(std::move(handler));
 }

@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include "link/ReceiveNotice.h"
 #include "link/SerialPort.h"
 #include "link/TelnetCodec.h"
 
@@ -56,8 +57,6 @@ private:
     void connectTo(const QHostAddress &address);
     // Moves what the socket holds into the line's bytes, within the exchange's limit.
     void pull();
-    void onReadyRead();
-    void deliverDataReceived();
 
     QTcpSocket m_socket;
     QString m_device;
@@ -72,6 +71,5 @@ private:
     QByteArray m_unsent; // written while the connection was being made
     qint64 m_taken = 0;  // let in since the last write
     QString m_openErrorString;
-    std::function<void()> m_dataReceived;
-    bool m_notificationQueued = false;
+    ReceiveNotice m_received;
 };

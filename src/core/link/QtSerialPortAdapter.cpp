@@ -16,13 +16,13 @@ QtSerialPortAdapter::QtSerialPortAdapter(QObject *parent) : QObject(parent)
 {
     // Direct: readyRead is also emitted from inside the blocking waits, where only a flag may
     // be set; the receiver itself runs later, from the event loop.
-    connect(&m_port, &QSerialPort::readyRead, this, &QtSerialPortAdapter::onReadyRead);
+    connect(&m_port, &QSerialPort::readyRead, &m_received, &ReceiveNotice::arrived);
     connect(&m_port, &QSerialPort::errorOccurred, this, &QtSerialPortAdapter::onError);
 }
 
 QtSerialPortAdapter::~QtSerialPortAdapter()
 {
-    m_dataReceived = {};
+    m_received.setHandler({});
     PortClose();
 }
 
@@ -165,24 +165,7 @@ bool QtSerialPortAdapter::PortWaitForData(Duration limit)
 
 void QtSerialPortAdapter::setPortDataReceived(std::function<void()> handler)
 {
-    m_dataReceived = std::move(handler);
-}
-
-void QtSerialPortAdapter::onReadyRead()
-{
-    // One queued call stands for every burst that arrives before the event loop next runs.
-    if (m_notificationQueued)
-        return;
-    m_notificationQueued = true;
-    QMetaObject::invokeMethod(this, &QtSerialPortAdapter::deliverDataReceived,
-                              Qt::QueuedConnection);
-}
-
-void QtSerialPortAdapter::deliverDataReceived()
-{
-    m_notificationQueued = false;
-    if (m_dataReceived)
-        m_dataReceived();
+    m_received.setHandler(std::move(handler));
 }
 
 void QtSerialPortAdapter::onError(QSerialPort::SerialPortError error)

@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include "link/ReceiveNotice.h"
 #include "link/SerialPort.h"
 
 #include <QObject>
@@ -38,8 +39,6 @@ public:
     QString openErrorString() const { return m_openErrorString; }
 
 private:
-    void onReadyRead();
-    void deliverDataReceived();
     void onError(QSerialPort::SerialPortError error);
     bool usable();
     // What one look at the line found: nothing within the time, bytes, a wake-up without
@@ -51,8 +50,7 @@ private:
     QSerialPort m_port;
     int m_number = 1;
     QString m_device;
-    std::function<void()> m_dataReceived;
-    bool m_notificationQueued = false;
+    ReceiveNotice m_received;
     bool m_vanished = false;
     QSerialPort::SerialPortError m_openError = QSerialPort::NoError;
     QString m_openErrorString;

@@ -151,8 +151,10 @@ void TelnetCodec::option(unsigned char verb, unsigned char code, QByteArray &ans
     case DO:
         if (!wantedByUs(code))
             answers += command(WONT, code);
-        else if (!m_us.test(code))
-            m_us.set(code), answers += command(WILL, code);
+        else if (!m_us.test(code)) {
+            m_us.set(code);
+            answers += command(WILL, code);
+        }
         break;
     case DONT:
         if (m_us.test(code)) {
@@ -164,8 +166,10 @@ void TelnetCodec::option(unsigned char verb, unsigned char code, QByteArray &ans
     case WILL:
         if (!wantedOfHim(code))
             answers += command(DONT, code);
-        else if (!m_him.test(code))
-            m_him.set(code), answers += command(DO, code);
+        else if (!m_him.test(code)) {
+            m_him.set(code);
+            answers += command(DO, code);
+        }
         break;
     case WONT:
         if (m_him.test(code)) {
