@@ -69,6 +69,7 @@ public:
     Mapping &mapping() { return m_logic.mapping; }
     ReadBack &readBack() { return m_logic.readBack; }
     TallyFiles &files() { return m_logic.files; }
+    Logic &logic() { return m_logic; }
 
     // What no reply within the deadline says, for the failure lines.
     QString noReplyText() const;

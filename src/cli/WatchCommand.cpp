@@ -6,9 +6,10 @@
 #include "cli/Console.h"
 #include "cli/ConsoleSession.h"
 #include "cli/ConsoleUnitStatusView.h"
-#include "events/UnitStatus.h"
+#include "events/Logic.h"
 
 #include <QCoreApplication>
+#include <QScopeGuard>
 #include <QSocketNotifier>
 #include <QTimer>
 
@@ -77,7 +78,9 @@ int WatchCommand::run(const QString &unitText, double seconds, const QString &de
         unitView.stopPrinting();
         QCoreApplication::exit(ExitFailure);
     });
-    UnitStatus status(m_session.model(), view, unitView, m_session.channel(), m_session.commands());
+    Logic &logic = m_session.logic();
+    UnitStatus &status = logic.addUnitStatus(unitView);
+    const auto forget = qScopeGuard([&logic] { logic.unitStatus.reset(); }); // before unitView
     // As ticking "Unit Status": the window loads (the first status reply) and the poll starts.
     view.setChecked(Control::Check1, true);
     status.Check1_Click();

@@ -20,6 +20,11 @@ Logic::Logic(SystemModel &model, MainView &view, SerialPort &port, MonotonicCloc
 
 void Logic::addSecondaryViews(UnitStatusView &unitView, AdvancedView &advancedView)
 {
-    unitStatus.emplace(m_model, m_view, unitView, channel, commands);
+    addUnitStatus(unitView);
     advanced.emplace(m_view, advancedView, channel);
+}
+
+UnitStatus &Logic::addUnitStatus(UnitStatusView &unitView)
+{
+    return unitStatus.emplace(m_model, m_view, unitView, channel, commands);
 }

@@ -40,8 +40,9 @@ struct Logic
     Logic &operator=(const Logic &) = delete;
 
     // The secondary windows' logic, for a front end that shows them; the views must outlive
-    // this.
+    // this, or the part be reset before they go.
     void addSecondaryViews(UnitStatusView &unitView, AdvancedView &advancedView);
+    UnitStatus &addUnitStatus(UnitStatusView &unitView);
 
     CommandChannel channel;
     MatrixLists lists;

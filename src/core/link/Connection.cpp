@@ -22,6 +22,7 @@ bool Connection::GoOnline()
 {
     bool result = false;
     for (bool done = false; !done;) {
+        m_view.beginBlocking();
         m_channel.SendCommand(QString()); // clears whatever half line the tally system holds
         if (m_channel.SendCommand(u"\rVER"_s)) {
             m_pause(SettleTime);
@@ -49,6 +50,9 @@ bool Connection::GoOnline()
         m_view.setText(Control::lblError, QString());
         m_model.Online = false;
         result = false;
+        // After the dialogs: what the operator did during the probe went to a window they
+        // blocked, and is gone.
+        m_view.endBlocking();
     }
     MakeInfoString();
     return result;

@@ -107,7 +107,8 @@ public:
     // A load or a read-back holds the thread from beginBlocking to endBlocking: no event is
     // served in between except through processEvents, so the view paints what changes at once.
     // At the end, the input that queued meanwhile is served while the controls it went to are
-    // still greyed, and so does nothing. The probe for the tally system ends the same way.
+    // still greyed, and so does nothing. Each attempt of the probe for the tally system is one
+    // too, also when the operator is asked whether to retry.
     virtual void beginBlocking() = 0;
     virtual void endBlocking() = 0;
     virtual void beep() = 0;
