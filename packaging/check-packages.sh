@@ -13,13 +13,8 @@ out=$1
 scratch=$(mktemp -d "${TMPDIR:-/tmp}/kestrel-packages.XXXXXX")
 trap 'rm -rf "$scratch"' EXIT
 
-failures=0
-fail() { echo "FAIL: $*" >&2; failures=$((failures + 1)); }
-check() { # check DESCRIPTION COMMAND...
-    local what=$1
-    shift
-    if "$@"; then echo "ok:   $what"; else fail "$what"; fi
-}
+# shellcheck source=packaging/checks.sh
+source "$(dirname "$0")/checks.sh"
 
 changes=("$out"/*.changes)
 [ -f "${changes[0]}" ] || { echo "FAIL: no .changes in $out" >&2; exit 1; }
@@ -121,8 +116,4 @@ check "completion: commands" test "$(complete_line kestrelctl --quiet "")" = \
 check "completion: a command's options" test "$(complete_line kestrelctl apply --p)" = "--partial"
 check "completion: tally files only" test "$(complete_line kestrelctl verify "")" = "show.qvr"
 
-if [ "$failures" -ne 0 ]; then
-    echo "$failures check(s) failed" >&2
-    exit 1
-fi
-echo "all package checks passed"
+checks_end "all package checks passed"

@@ -35,13 +35,8 @@ cleanup() {
 }
 trap cleanup EXIT
 
-failures=0
-fail() { echo "FAIL: $*" >&2; failures=$((failures + 1)); }
-check() { # check DESCRIPTION COMMAND...
-    local what=$1
-    shift
-    if "$@"; then echo "ok:   $what"; else fail "$what"; fi
-}
+# shellcheck source=packaging/checks.sh
+source "$(dirname "$0")/checks.sh"
 
 # A fresh copy of the base with the packages in /debs.
 new_root() {
@@ -154,8 +149,4 @@ else
     fail "piuparts"
 fi
 
-if [ "$failures" -ne 0 ]; then
-    echo "$failures check(s) failed" >&2
-    exit 1
-fi
-echo "the install, upgrade, remove and purge cycle passed"
+checks_end "the install, upgrade, remove and purge cycle passed"
