@@ -3,8 +3,9 @@
 
 // ReadNumber and its 16-bit store over any text, checked against the reading rule of NumberText.h
 // restated the plain way: take out the ignored characters first, match the longest number at the
-// start, and let the C library evaluate it. The input is read twice, as 8-bit text (serial replies,
-// tally files, old description files) and as UTF-16 (the entry box).
+// start, and let the C library evaluate a decimal one ("&H"/"&O" digits are summed in a long
+// double). The input is read twice, as 8-bit text (serial replies, tally files, old description
+// files) and as UTF-16 (the entry box).
 #include "fuzz/FuzzText.h"
 #include "model/NumberText.h"
 
