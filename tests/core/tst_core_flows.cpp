@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 Kestrel configurator maintainers
 // SPDX-License-Identifier: MIT
 
-// The configurator's logic on the scripted tally system: framing and deadline, every command's
+// The configurator's logic on the scripted tally system: framing and deadline, the commands'
 // bytes, the Online button; reading the matrix back, mapping with the mouse, the keys and the
 // entry box, the output test, tally files and "Clear All".
 
@@ -144,7 +144,8 @@ private slots:
         QCOMPARE(int(r.channel.lastExchange().discarded), discarded);
     }
 
-    // Every command the configurator sends, exactly as it goes on the wire (online).
+    // Commands exactly as they go on the wire (online), where the other tests' rows do not show
+    // them: a negative and a five-digit number, a second input of 0, the read-back's start.
     void wire_data()
     {
         const WireRows wire; // each row named by the bytes it sends
