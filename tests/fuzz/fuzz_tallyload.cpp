@@ -4,14 +4,12 @@
 // A tally file of any content loaded in full, offline, into a system of 999 outputs, as the "Load"
 // button does: the file is read from disk, every line is filed, the list is redrawn. Every table
 // entry must be what the loaded lines say and nothing else, and nothing may reach the tally system.
-#include "events/Logic.h"
 #include "files/TallyFile.h"
 #include "fuzz/FuzzText.h"
 #include "matrix/MapString.h"
 #include "model/NumberText.h"
-#include "support/FakeView.h"
 #include "support/Files.h"
-#include "support/ScriptedPort.h"
+#include "support/LinkRig.h"
 
 #include <QTemporaryDir>
 
@@ -33,35 +31,19 @@ int lowest(const SystemModel &m, bool output, qint16 unit, qint16 channel)
 
 void loadOffline(const QString &path, const QStringList &fields)
 {
-    // The model is large: made once and put back before each load, so that every input meets the
-    // same model without a fresh allocation of that size each time.
+    // The rig and its model are large: made once, and the model put back before each load.
+    static LinkRig r(MaxDeclared, 20);
     static const auto before = [] {
-        // 999 outputs on units 1..7 and 20 inputs on unit 8, every unit/channel pair once.
-        auto m = std::make_unique<SystemModel>();
-        m->NumberOfOutputs = MaxDeclared;
-        for (int i = 1; i <= MaxDeclared; ++i) {
-            m->OutputUnit[i] = qint16(1 + i % 7);
-            m->OutputChannel[i] = qint16(i / 7);
-        }
-        m->NumberOfInputs = 20;
-        m->InputName[0] = QStringLiteral("Unassigned");
-        for (int j = 1; j <= 20; ++j) {
-            m->InputUnit[j] = 8;
-            m->InputChannel[j] = qint16(j);
-        }
+        auto m = std::make_unique<SystemModel>(r.model);
         // Left over from before the load, which must replace it.
-        m->OutputMap[5] = QStringLiteral("[2][0][8][1][1][0][0][0]");
+        m->OutputMap[5] = QStringLiteral("[1][5][2][1][1][0][0][0]");
         m->OutputSource[5] = QStringLiteral(" 1");
         return m;
     }();
-    static auto model = std::make_unique<SystemModel>();
-    *model = *before;
-
-    FakeView view;
-    ScriptedPort port;
-    Logic logic(*model, view, port, port.clock(), port.pause());
-    require(logic.files.LoadMatrixMappings(path, LoadMode::Full), "a readable file was refused");
-    require(port.commands.isEmpty(), "offline, yet something reached the tally system");
+    r.model = *before;
+    r.view.boxes.clear();
+    require(r.files.LoadMatrixMappings(path, LoadMode::Full), "a readable file was refused");
+    require(r.port.commands.isEmpty(), "offline, yet something reached the tally system");
 
     // What the load must leave: for each line in file order, the output its first two fields name
     // takes that line; lines past the table are left out. The redrawn list then shows for each
@@ -69,21 +51,21 @@ void loadOffline(const QString &path, const QStringList &fields)
     const qsizetype loaded = std::min<qsizetype>(fields.size(), TallyFiles::MaxFields);
     std::array<QString, TableSize> map{}, source{};
     for (qsizetype n = 0; n < loaded; ++n) {
-        require(model->RawMap[n] == fields[n], "raw map differs from its line", fields[n], n);
+        require(r.model.RawMap[n] == fields[n], "raw map differs from its line", fields[n], n);
         const MapFields f = ReadMapFields(fields[n]);
-        if (const int o = lowest(*model, true, f[0], f[1]); o <= MaxDeclared)
+        if (const int o = lowest(r.model, true, f[0], f[1]); o <= MaxDeclared)
             map[o] = fields[n];
     }
-    for (int i = 1; i <= model->NumberOfOutputs; ++i) {
+    for (int i = 1; i <= r.model.NumberOfOutputs; ++i) {
         const MapFields f = ReadMapFields(map[i]);
-        const int a = lowest(*model, false, f[2], f[3]);
+        const int a = lowest(r.model, false, f[2], f[3]);
         source[i] = a == 0 ? QString() : NumberField(a);
     }
     for (int i = 0; i < TableSize; ++i) {
-        require(model->OutputMap[i] == map[i], "output map differs from the file", map[i], i);
-        require(model->OutputSource[i] == source[i], "output source differs", source[i], i);
+        require(r.model.OutputMap[i] == map[i], "output map differs from the file", map[i], i);
+        require(r.model.OutputSource[i] == source[i], "output source differs", source[i], i);
     }
-    require(view.boxes.isEmpty() == (fields.size() <= TallyFiles::MaxFields),
+    require(r.view.boxes.isEmpty() == (fields.size() <= TallyFiles::MaxFields),
             "the operator is told of lines left out exactly when there are some");
 }
 
