@@ -31,17 +31,17 @@ enum class When { ReadBack, LoadQueued };
 enum class Move { Drag, RightPress, DownAfterTab, CtrlClick }; // to another input row
 enum class Meanwhile { Nothing, FocusMovesOn, Down };
 enum class Shown { Main, UnitStatus, Advanced, MainBoolean }; // the window laid out
-// What is done to a secondary window once its box has opened it.
-enum class Done { UpDown, CloseWindow, Send, Enter, CloseBox, MainClosed };
+// What is done to a secondary window (the second argument) once its box has opened it.
+using Done = std::function<void(Studio &, QWidget &)>;
 
 using GreyedRows = DataTable<"act when", Act, When>;
 using DoubleClickRows = DataTable<"latched control sent", bool, Control, QList<QByteArray>>;
 using MoveRows = DataTable<"how row", Move, int>; // the input row the move ends on
-using HoldRows = DataTable<"name button meanwhile", QString, int, Meanwhile>;
+using HoldRows = DataTable<"control button meanwhile", Control, int, Meanwhile>;
 using TypedRows = DataTable<"typed", QString>;
 using LayoutRows = DataTable<"window", Shown>;
-// The window's box (Check1: unit status, Check2: advanced), the last command sent.
-using SecondaryRows = DataTable<"box done sent", Control, Done, QByteArray>;
+// The window's box (Check1: unit status, Check2: advanced), the last command sent, the act.
+using SecondaryRows = DataTable<"box sent done", Control, QByteArray, Done>;
 
 } // namespace
 
@@ -200,24 +200,23 @@ private slots:
         // happens meanwhile (Down: in the output list).
         const HoldRows row;
         using enum Meanwhile;
-        row("Test, right", u"cmdTest"_s, int(Qt::RightButton), Nothing);
-        row("Map Tally, right", u"cmdMapIt"_s, int(Qt::RightButton), Nothing);
-        row("Test, Down", u"cmdTest"_s, int(Qt::LeftButton), Down);
-        row("Space, focus moves on", u"List1"_s, int(Qt::NoButton), FocusMovesOn);
-        row("Space, Down", u"List1"_s, int(Qt::NoButton), Down);
+        row("Test, right", Control::cmdTest, int(Qt::RightButton), Nothing);
+        row("Test, Down", Control::cmdTest, int(Qt::LeftButton), Down);
+        row("Space, focus moves on", Control::List1, int(Qt::NoButton), FocusMovesOn);
+        row("Space, Down", Control::List1, int(Qt::NoButton), Down);
     }
     void testThatStartsAlwaysEnds()
     {
-        const auto [name, button, meanwhile] = HoldRows::fetch();
+        const auto [control, button, meanwhile] = HoldRows::fetch();
         ScriptedStudio r;
         Watch watch; // on the background, whose presses move the window
         r.s.window.installEventFilter(&watch);
-        auto *w = r.s.window.findChild<QWidget *>(name);
+        QWidget *w = r.s.w(control);
         if (button == Qt::NoButton)
             QTest::keyPress(w, Qt::Key_Space);
         else
             QTest::mousePress(w, Qt::MouseButton(button));
-        QCOMPARE(r.s.model.OutputTestOn[1], name != u"cmdMapIt"_s);
+        QVERIFY(r.s.model.OutputTestOn[1]);
         if (meanwhile == Meanwhile::FocusMovesOn)
             r.s.window.setFocus(Control::txtInput);
         if (meanwhile == Meanwhile::Down)
@@ -228,7 +227,7 @@ private slots:
             QTest::mouseRelease(w, Qt::MouseButton(button));
         QCOMPARE(watch.presses, 0);
         QTRY_VERIFY(!r.s.model.OutputTestOn[1]); // once the release is known not to be a repeat
-        QVERIFY(name == u"cmdMapIt"_s || r.port.commands.endsWith("MapEnab 1  1"));
+        QCOMPARE(r.port.commands.last(), "MapEnab 1  1");
         QCOMPARE(r.s.window.text(Control::lblOutChannel),
                  meanwhile == Meanwhile::Down ? u"2"_s : u"1"_s);
     }
@@ -378,19 +377,28 @@ private slots:
     void secondaryWindows_data()
     {
         const SecondaryRows row;
-        using enum Done;
-        row("unit: up, down", Control::Check1, UpDown, "GSTAT 1");
-        row("unit: Close Window", Control::Check1, CloseWindow, {});
-        row("unit: close box", Control::Check1, CloseBox, {});
-        row("unit: main window closed", Control::Check1, MainClosed, {});
-        row("advanced: send", Control::Check2, Send, "GSTAT 9");
-        row("advanced: Enter", Control::Check2, Enter, "GSTAT 9");
-        row("advanced: close box", Control::Check2, CloseBox, {});
-        row("advanced: main window closed", Control::Check2, MainClosed, {});
+        const auto press = [](QAbstractButton *b) { QTest::mouseClick(b, Qt::LeftButton); };
+        const Done closeBox = [](Studio &, QWidget &w) { QVERIFY(w.close()); };
+        const Done mainClosed = [](Studio &s, QWidget &) { QVERIFY(s.window.close()); };
+        row("unit: up, down", Control::Check1, "GSTAT 1", [press](Studio &s, QWidget &) {
+            press(s.logic.unitStatusWindow().upButton());
+            press(s.logic.unitStatusWindow().downButton());
+        });
+        row("unit: Close Window", Control::Check1, {},
+            [press](Studio &s, QWidget &) { press(s.logic.unitStatusWindow().closeButton()); });
+        row("unit: close box", Control::Check1, {}, closeBox);
+        row("unit: main window closed", Control::Check1, {}, mainClosed);
+        row("advanced: send", Control::Check2, "GSTAT 9",
+            [press](Studio &s, QWidget &) { press(s.logic.advancedWindow().sendButton()); });
+        row("advanced: Enter", Control::Check2, "GSTAT 9", [](Studio &s, QWidget &) {
+            QTest::keyClick(s.logic.advancedWindow().commandLine(), Qt::Key_Return);
+        });
+        row("advanced: close box", Control::Check2, {}, closeBox);
+        row("advanced: main window closed", Control::Check2, {}, mainClosed);
     }
     void secondaryWindows()
     {
-        const auto [box, done, sent] = SecondaryRows::fetch();
+        const auto [box, sent, done] = SecondaryRows::fetch();
         ScriptedStudio r;
         UnitStatusWindow &unit = r.s.logic.unitStatusWindow();
         AdvancedWindow &advanced = r.s.logic.advancedWindow();
@@ -399,28 +407,7 @@ private slots:
         QVERIFY(window->isVisible());
         r.port.commands.clear();
         advanced.commandLine()->setText(u"GSTAT 9"_s);
-        const auto click = [](QAbstractButton *b) { QTest::mouseClick(b, Qt::LeftButton); };
-        switch (done) {
-        case Done::UpDown:
-            click(unit.upButton());
-            click(unit.downButton());
-            break;
-        case Done::CloseWindow:
-            click(unit.closeButton());
-            break;
-        case Done::Send:
-            click(advanced.sendButton());
-            break;
-        case Done::Enter:
-            QTest::keyClick(advanced.commandLine(), Qt::Key_Return);
-            break;
-        case Done::CloseBox:
-            QVERIFY(window->close());
-            break;
-        case Done::MainClosed:
-            QVERIFY(r.s.window.close());
-            break;
-        }
+        done(r.s, *window);
         const bool open = !sent.isEmpty();
         QCOMPARE(r.port.commands.isEmpty() ? QByteArray() : r.port.commands.last(), sent);
         QCOMPARE(window->isVisible(), open);
