@@ -10,7 +10,6 @@
 #include "gui/TopLevelWindows.h"
 #include "gui/WindowOutline.h"
 
-#include <atomic>
 #include <thread>
 
 namespace {
@@ -95,14 +94,12 @@ private slots:
     void heldSpace()
     {
         ScriptedStudio r;
-        std::atomic<bool> busy = true;
-        std::vector<std::jthread> load(3);
-        for (std::jthread &t : load)
-            t = std::jthread([&busy] {
-                while (busy)
+        std::vector<std::jthread> load; // stopped and joined as the test ends
+        for (int k = 0; k < 3; ++k)
+            load.emplace_back([](const std::stop_token &stop) {
+                while (!stop.stop_requested())
                     std::this_thread::yield();
             });
-        const auto idle = qScopeGuard([&busy] { busy = false; });
         // A hold of 0.8 s; one of 4 s with release and press pairs of its own, 20 ms apart, as a
         // busy server's repeats arrive.
         for (int pairs : {0, 10}) {
