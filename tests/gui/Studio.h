@@ -118,6 +118,9 @@ struct ScriptedStudio
     bool loaded = false;
 };
 
+// kestrel-sim needs no time to settle.
+inline const Pause NoPause = [](std::chrono::milliseconds) {};
+
 // The configurator's end of a line to kestrel-sim: the real port, on a clock that runs `speed`
 // times faster than the wall's. The waits for bytes shrink alike, so that a time-out costs
 // 1/speed of its time and the order of events on the line is kept.

@@ -24,7 +24,7 @@ struct SimStudio
     }
     SimProcess sim;
     SimLine line;
-    Studio s{line, line.clock(), [](std::chrono::milliseconds) {}}; // kestrel-sim needs none
+    Studio s{line, line.clock(), NoPause};
     bool started = false;
 };
 
