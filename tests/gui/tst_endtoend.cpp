@@ -105,7 +105,7 @@ private slots:
         }
         if (!clicks.isEmpty())
             r.s.click(clicks.last());
-        QCoreApplication::sendPostedEvents(); // the port's notice of the reply, not its timers
+        QCoreApplication::sendPostedEvents(); // the notice of bytes received, not the timers
         QCOMPARE(qobject_cast<Lamp *>(r.s.w(Control::Shape2))->colour(), QColor(Qt::red));
         QVERIFY(r.s.boxes.isEmpty());
         QCOMPARE(r.sim.table(), QStringList{kept} + added);
