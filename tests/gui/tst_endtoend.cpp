@@ -63,7 +63,7 @@ const Fault Faults[] = {
 using OperateRows =
     DataTable<"clicks picked added text", QList<Control>, QList<int>, QStringList, QString>;
 // The fault, the operation, what it leaves, whether the operator is told.
-using FaultRows = DataTable<"fault operation left told", QString, int, int, bool>;
+using FaultRows = DataTable<"fault operation left told", QString, Operation, int, bool>;
 
 } // namespace
 
@@ -170,7 +170,7 @@ private slots:
     {
         const FaultRows row;
         for (const Fault &f : Faults) {
-            for (int op = StartUp; op <= Poll; ++op) {
+            for (Operation op : {StartUp, Map, Unmap, Refresh, FileLoad, Poll}) {
                 if (f.left[op] != Same && QByteArray(f.name).startsWith(qgetenv("KESTREL_FAULT")))
                     row(QByteArray(f.name + " / "_ba + Operations[op]).constData(),
                         QString::fromLatin1(f.name), op, f.left[op], f.told);
