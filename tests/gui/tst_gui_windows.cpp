@@ -25,22 +25,23 @@ struct Watch : QObject
 };
 
 enum class Act { Test, LatchPress, LatchEnter, EntryEnter };
-// A load serves no events: a press during it waits in the queue until the load ends.
-enum class When { ReadBack, OnlineLoad, Offline, OnlineLoadQueued };
+// A read-back serves events: a press comes in the middle of it. A load serves none: a press
+// during it waits until the load ends.
+enum class When { ReadBack, Load };
 enum class Move { Drag, RightPress, DownAfterTab, CtrlClick }; // to another input row
 enum class Meanwhile { Nothing, FocusMovesOn, Down };
 enum class Shown { Main, UnitStatus, Advanced, MainBoolean }; // the window laid out
-// What is done to a secondary window once its box has opened it.
-enum class Done { UpDown, CloseWindow, Send, Enter, CloseBox, MainClosed };
+// What is done to a secondary window (the second argument) once its box has opened it.
+using Done = std::function<void(Studio &, QWidget &)>;
 
 using GreyedRows = DataTable<"act when", Act, When>;
 using DoubleClickRows = DataTable<"latched control sent", bool, Control, QList<QByteArray>>;
 using MoveRows = DataTable<"how row", Move, int>; // the input row the move ends on
-using HoldRows = DataTable<"name button meanwhile", QString, int, Meanwhile>;
+using HoldRows = DataTable<"control button meanwhile", Control, Qt::MouseButton, Meanwhile>;
 using TypedRows = DataTable<"typed", QString>;
 using LayoutRows = DataTable<"window", Shown>;
-// The window's box (Check1: unit status, Check2: advanced), the last command sent.
-using SecondaryRows = DataTable<"box done sent", Control, Done, QByteArray>;
+// The window's box (Check1: unit status, Check2: advanced), the last command sent, the act.
+using SecondaryRows = DataTable<"box sent done", Control, QByteArray, Done>;
 
 } // namespace
 
@@ -51,54 +52,42 @@ private slots:
     void greyedControlNeverActs_data()
     {
         const GreyedRows row;
-        const char *act[] = {"Test", "latch press", "latch Enter", "entry Enter"};
-        const char *when[] = {"read-back", "online load", "offline", "online load, queued"};
-        for (int a = 0; a < 4; ++a)
-            for (int w = 0; w < 4; ++w)
-                if (When(w) != When::Offline || a % 2 == 0) // offline, Enter only
-                    row((when[w] + QByteArray(": ") + act[a]).constData(), Act(a), When(w));
+        using enum Act;
+        using enum When;
+        row("read-back: Test", Test, ReadBack);
+        row("read-back: latch press", LatchPress, ReadBack);
+        row("read-back: latch Enter", LatchEnter, ReadBack);
+        row("read-back: entry Enter", EntryEnter, ReadBack);
+        row("load: latch press", LatchPress, Load);
+        row("load: entry Enter", EntryEnter, Load);
     }
     // What the tally system hears and the latch shows is the same with or without the act.
     void greyedControlNeverActs()
     {
-        Act act{}; // not a structured binding: the lambdas below capture it
-        When when{};
-        std::tie(act, when) = GreyedRows::fetch();
+        const auto [act, when] = GreyedRows::fetch();
         const bool mouse = act == Act::Test || act == Act::LatchPress;
+        const Control pressed = act == Act::Test         ? Control::cmdTest
+                                : act == Act::EntryEnter ? Control::txtInput
+                                                         : Control::chkTest;
+        const Control operation =
+            when == When::ReadBack ? Control::cmdRefresh : Control::cmdLoadMatrix;
         auto run = [&](bool acting) {
-            ScriptedStudio r(3, when != When::Offline);
+            ScriptedStudio r(3);
             r.s.window.entry()->setText(u"4"_s);
-            QWidget *target = r.s.w(act == Act::Test         ? Control::cmdTest
-                                    : act == Act::EntryEnter ? Control::txtInput
-                                                             : Control::chkTest);
-            auto press = [&] {
-                if (when == When::OnlineLoadQueued && mouse) {
-                    const QPointF at(3, 3);
-                    for (QEvent::Type t : {QEvent::MouseButtonPress, QEvent::MouseButtonRelease})
-                        QCoreApplication::postEvent(
-                            target,
-                            new QMouseEvent(t, at, target->mapToGlobal(at), Qt::LeftButton,
-                                            Qt::MouseButtons(t == QEvent::MouseButtonPress), {}));
-                } else if (when == When::OnlineLoadQueued) {
-                    QCoreApplication::postEvent(
-                        target, new QKeyEvent(QEvent::KeyPress, Qt::Key_Return, {}));
-                } else if (mouse) {
-                    QTest::mouseClick(target, Qt::LeftButton);
-                } else {
-                    QTest::keyClick(target, Qt::Key_Return);
-                }
-            };
+            QWidget *target = r.s.w(pressed);
             r.port.onCommand = [&](const QByteArray &c) {
                 if (acting && (c == "RawMap 2" || c.startsWith("Map "))) {
-                    acting = false; // in the middle of an exchange, as the read-back serves events
-                    press();
+                    acting = false; // in the middle of an exchange: pressed once events are served
+                    QTimer::singleShot(0, target, [&] {
+                        if (mouse)
+                            QTest::mouseClick(target, Qt::LeftButton);
+                        else
+                            QTest::keyClick(target, Qt::Key_Return);
+                    });
                 }
             };
             const qsizetype before = r.port.commands.size();
-            if (when != When::Offline)
-                r.s.click(when == When::ReadBack ? Control::cmdRefresh : Control::cmdLoadMatrix);
-            else if (acting)
-                press();
+            r.s.click(operation);
             QCoreApplication::processEvents();
             return std::pair{r.port.commands.mid(before), r.s.window.isChecked(Control::chkTest)};
         };
@@ -126,7 +115,9 @@ private slots:
         QTest::mouseDClick(r.s.w(control), Qt::LeftButton); // the second press
         QTest::mouseRelease(r.s.w(control), Qt::LeftButton);
         QCOMPARE(r.port.commands.mid(before), sent);
-        QVERIFY(!r.s.model.OutputTestOn[2] && (latched || !r.s.window.isChecked(Control::chkTest)));
+        QVERIFY(!r.s.model.OutputTestOn[2]);
+        if (!latched) // the box the presses ticked is unticked again
+            QVERIFY(!r.s.window.isChecked(Control::chkTest));
     }
 
     void entryBoxFollowsTheInputList_data()
@@ -161,8 +152,6 @@ private slots:
         QCOMPARE(inputs->selectionModel()->selectedRows().value(0).row(), row);
         QCOMPARE(r.s.window.entry()->text(), QString::number(row));
         QCOMPARE(r.s.window.text(Control::lblInChannel), QString::number(row));
-        QTest::keyClick(r.s.w(Control::txtInput), Qt::Key_Return);
-        QCOMPARE(r.port.commands.last(), "Map 1 1 2 " + QByteArray::number(row));
     }
 
     // A click or a double click below the last row: the current row stays, and stays
@@ -200,24 +189,23 @@ private slots:
         // happens meanwhile (Down: in the output list).
         const HoldRows row;
         using enum Meanwhile;
-        row("Test, right", u"cmdTest"_s, int(Qt::RightButton), Nothing);
-        row("Map Tally, right", u"cmdMapIt"_s, int(Qt::RightButton), Nothing);
-        row("Test, Down", u"cmdTest"_s, int(Qt::LeftButton), Down);
-        row("Space, focus moves on", u"List1"_s, int(Qt::NoButton), FocusMovesOn);
-        row("Space, Down", u"List1"_s, int(Qt::NoButton), Down);
+        row("Test, right", Control::cmdTest, Qt::RightButton, Nothing);
+        row("Test, Down", Control::cmdTest, Qt::LeftButton, Down);
+        row("Space, focus moves on", Control::List1, Qt::NoButton, FocusMovesOn);
+        row("Space, Down", Control::List1, Qt::NoButton, Down);
     }
     void testThatStartsAlwaysEnds()
     {
-        const auto [name, button, meanwhile] = HoldRows::fetch();
+        const auto [control, button, meanwhile] = HoldRows::fetch();
         ScriptedStudio r;
         Watch watch; // on the background, whose presses move the window
         r.s.window.installEventFilter(&watch);
-        auto *w = r.s.window.findChild<QWidget *>(name);
+        QWidget *w = r.s.w(control);
         if (button == Qt::NoButton)
             QTest::keyPress(w, Qt::Key_Space);
         else
-            QTest::mousePress(w, Qt::MouseButton(button));
-        QCOMPARE(r.s.model.OutputTestOn[1], name != u"cmdMapIt"_s);
+            QTest::mousePress(w, button);
+        QVERIFY(r.s.model.OutputTestOn[1]);
         if (meanwhile == Meanwhile::FocusMovesOn)
             r.s.window.setFocus(Control::txtInput);
         if (meanwhile == Meanwhile::Down)
@@ -225,10 +213,10 @@ private slots:
         if (button == Qt::NoButton)
             QTest::keyRelease(QApplication::focusWidget(), Qt::Key_Space);
         else
-            QTest::mouseRelease(w, Qt::MouseButton(button));
+            QTest::mouseRelease(w, button);
         QCOMPARE(watch.presses, 0);
         QTRY_VERIFY(!r.s.model.OutputTestOn[1]); // once the release is known not to be a repeat
-        QVERIFY(name == u"cmdMapIt"_s || r.port.commands.endsWith("MapEnab 1  1"));
+        QCOMPARE(r.port.commands.last(), "MapEnab 1  1");
         QCOMPARE(r.s.window.text(Control::lblOutChannel),
                  meanwhile == Meanwhile::Down ? u"2"_s : u"1"_s);
     }
@@ -346,8 +334,10 @@ private slots:
         for (Control box : {Control::Check1, Control::Check2, Control::Check3})
             if (box != Control::Check3 || window == Shown::MainBoolean)
                 r.s.click(box);
-        QWidget *w = QList<QWidget *>{&r.s.window, &r.s.logic.unitStatusWindow(),
-                                      &r.s.logic.advancedWindow()}[int(window) % 3];
+        QWidget *w = window == Shown::UnitStatus ? &r.s.logic.unitStatusWindow()
+                     : window == Shown::Advanced
+                         ? static_cast<QWidget *>(&r.s.logic.advancedWindow())
+                         : &r.s.window;
         QVERIFY(w->isVisible());
         const QRegion outline = w->mask().isEmpty() ? QRegion(w->rect()) : w->mask();
         QList<std::pair<QRect, QString>> controls;
@@ -378,19 +368,28 @@ private slots:
     void secondaryWindows_data()
     {
         const SecondaryRows row;
-        using enum Done;
-        row("unit: up, down", Control::Check1, UpDown, "GSTAT 1");
-        row("unit: Close Window", Control::Check1, CloseWindow, {});
-        row("unit: close box", Control::Check1, CloseBox, {});
-        row("unit: main window closed", Control::Check1, MainClosed, {});
-        row("advanced: send", Control::Check2, Send, "GSTAT 9");
-        row("advanced: Enter", Control::Check2, Enter, "GSTAT 9");
-        row("advanced: close box", Control::Check2, CloseBox, {});
-        row("advanced: main window closed", Control::Check2, MainClosed, {});
+        const auto press = [](QAbstractButton *b) { QTest::mouseClick(b, Qt::LeftButton); };
+        const Done closeBox = [](Studio &, QWidget &w) { QVERIFY(w.close()); };
+        const Done mainClosed = [](Studio &s, QWidget &) { QVERIFY(s.window.close()); };
+        row("unit: up, down", Control::Check1, "GSTAT 1", [press](Studio &s, QWidget &) {
+            press(s.logic.unitStatusWindow().upButton());
+            press(s.logic.unitStatusWindow().downButton());
+        });
+        row("unit: Close Window", Control::Check1, {},
+            [press](Studio &s, QWidget &) { press(s.logic.unitStatusWindow().closeButton()); });
+        row("unit: close box", Control::Check1, {}, closeBox);
+        row("unit: main window closed", Control::Check1, {}, mainClosed);
+        row("advanced: send", Control::Check2, "GSTAT 9",
+            [press](Studio &s, QWidget &) { press(s.logic.advancedWindow().sendButton()); });
+        row("advanced: Enter", Control::Check2, "GSTAT 9", [](Studio &s, QWidget &) {
+            QTest::keyClick(s.logic.advancedWindow().commandLine(), Qt::Key_Return);
+        });
+        row("advanced: close box", Control::Check2, {}, closeBox);
+        row("advanced: main window closed", Control::Check2, {}, mainClosed);
     }
     void secondaryWindows()
     {
-        const auto [box, done, sent] = SecondaryRows::fetch();
+        const auto [box, sent, done] = SecondaryRows::fetch();
         ScriptedStudio r;
         UnitStatusWindow &unit = r.s.logic.unitStatusWindow();
         AdvancedWindow &advanced = r.s.logic.advancedWindow();
@@ -399,28 +398,7 @@ private slots:
         QVERIFY(window->isVisible());
         r.port.commands.clear();
         advanced.commandLine()->setText(u"GSTAT 9"_s);
-        const auto click = [](QAbstractButton *b) { QTest::mouseClick(b, Qt::LeftButton); };
-        switch (done) {
-        case Done::UpDown:
-            click(unit.upButton());
-            click(unit.downButton());
-            break;
-        case Done::CloseWindow:
-            click(unit.closeButton());
-            break;
-        case Done::Send:
-            click(advanced.sendButton());
-            break;
-        case Done::Enter:
-            QTest::keyClick(advanced.commandLine(), Qt::Key_Return);
-            break;
-        case Done::CloseBox:
-            QVERIFY(window->close());
-            break;
-        case Done::MainClosed:
-            QVERIFY(r.s.window.close());
-            break;
-        }
+        done(r.s, *window);
         const bool open = !sent.isEmpty();
         QCOMPARE(r.port.commands.isEmpty() ? QByteArray() : r.port.commands.last(), sent);
         QCOMPARE(window->isVisible(), open);
@@ -445,7 +423,9 @@ private slots:
     void fileMissing()
     {
         ScriptedStudio r(0, true, -1);
-        QVERIFY(!r.loaded && !r.s.window.isVisible() && r.port.commands.isEmpty());
+        QVERIFY(!r.loaded);
+        QVERIFY(!r.s.window.isVisible());
+        QVERIFY(r.port.commands.isEmpty());
         QCOMPARE(r.s.boxes.size(), 1);
         QCOMPARE(r.s.boxes[0].title, u"File Missing"_s);
         QCOMPARE(r.s.boxes[0].buttons, MessageButtons::OkCancel);
