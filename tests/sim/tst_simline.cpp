@@ -9,7 +9,6 @@
 
 #include <QElapsedTimer>
 #include <QFileInfo>
-#include <QTemporaryDir>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
@@ -58,19 +57,14 @@ private slots:
     void line()
     {
         const auto [arguments, minimumMs, received, dots, table] = LineRows::fetch();
-        QTemporaryDir dir;
-        const QString state = dir.filePath(u"state"_s), link = dir.filePath(u"tty"_s);
         SimSession sim;
-        // The later --baud wins.
-        QVERIFY2(
-            sim.start(QStringList{u"--baud"_s, u"0"_s, u"--state"_s, state, u"--link"_s, link} +
-                      arguments),
-            sim.problem.constData());
+        // Its --baud comes after the session's own "--baud 0": the later one wins.
+        QVERIFY2(sim.start(arguments), sim.problem.constData());
         // Time for an answer to come, plenty where it is paced, else half a second.
         const int wait = minimumMs > 0 ? 5000 : 500;
         sim.send("Map 1 1 1 1");
         sim.readFor(wait, true);
-        QVERIFY2(sim.open(link), sim.problem.constData());
+        QVERIFY2(sim.open(sim.link()), sim.problem.constData());
         QElapsedTimer timer;
         timer.start();
         sim.send(Second);
@@ -83,14 +77,14 @@ private slots:
             QCOMPARE(got, received);
         }
         QCOMPARE(got.count('.'), dots);
-        QCOMPARE(SimSession::readFile(state), table);
+        QCOMPARE(sim.state(), table);
         const bool hangsUp = arguments[1].startsWith(u"hangup"_s);
         if (!hangsUp)
             sim.process.terminate();
         QVERIFY(sim.process.waitForFinished(5000));
         QCOMPARE(sim.process.exitStatus(), QProcess::NormalExit);
         QCOMPARE(sim.process.exitCode(), 0);
-        QVERIFY(!QFileInfo(link).isSymLink());
+        QVERIFY(!QFileInfo(sim.link()).isSymLink());
         if (hangsUp) {
             // The configurator's port must notice, as it would a USB adapter pulled out.
             sim.send("VER");
