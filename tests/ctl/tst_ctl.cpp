@@ -44,21 +44,18 @@ const QByteArray Full = [] {
 
 // A studio of 6 outputs on unit 1 and 6 inputs on unit 2, its Kestrel.ini naming the link, the
 // tally system holding `Held`, and a tally file show.qvr.
-struct Studio
+struct Studio : SimProcess
 {
-    SimProcess sim;
-    QString path(const char *name) const { return sim.path(name); }
-
     bool start(const QByteArray &show, const QStringList &simArguments = {},
                const QByteArray &held = Held)
     {
         QString ini =
-            u"[Kestrel]\r\nSystem=Test\r\nEnabledUnits=1,2\r\nCommDevice=%1\r\n"_s.arg(sim.link());
+            u"[Kestrel]\r\nSystem=Test\r\nEnabledUnits=1,2\r\nCommDevice=%1\r\n"_s.arg(link());
         for (int i = 1; i <= 6; ++i)
             ini += u"Output %1=Out %1,1,%1\r\nInput %1=In %1,2,%1\r\n"_s.arg(i);
         return !writeFile(path("Kestrel.ini"), ini.toLocal8Bit()).isEmpty() &&
                !writeFile(path("show.qvr"), show).isEmpty() &&
-               sim.start(QStringList{u"--log"_s, path("log")} + simArguments, held);
+               SimProcess::start(QStringList{u"--log"_s, path("log")} + simArguments, held);
     }
     // The commands received, without the probe, the version query and the read-back's rows.
     QStringList wire() const
@@ -76,7 +73,7 @@ struct Studio
     void startCtl(const QString &arguments)
     {
         p.start(QStringLiteral(KESTRELCTL_PATH),
-                (u"--ini %1/Kestrel.ini "_s + arguments).arg(sim.dir.path()).split(u' '));
+                (u"--ini %1/Kestrel.ini "_s + arguments).arg(dir.path()).split(u' '));
     }
     std::tuple<int, QByteArray, QByteArray> finishCtl()
     {
@@ -123,7 +120,6 @@ private slots:
                                  Device + lines("[1][6][0][0][1][0][0][0]");
         row("apply, two lines for an output", 0, apply, twice,
             "0 changed, 0 unmapped, 6 left alone\n", {}, u"Comp"_s, Device);
-        row("verify, two lines for an output", 0, verify, twice, {}, {}, u"Comp"_s, Device);
         row("apply: changed, added, boolean, one unmapped", 0, apply, file,
             "3 changed, 1 unmapped, 2 left alone\n", {},
             u"Comp|Map 1 2 2 3|Map 1 4 2 1|OR 1 4 2 4|Map 1 5 2 4|Res 1  3|ClrMap 1  3|Comp|"
@@ -163,11 +159,8 @@ private slots:
         // Each stops before anything is sent, naming the line.
         const QString bad = u"tally file .*show.qvr: line 2, \"%1\", is not a map string"_s;
         const QByteArray good = lines("[1][1][2][1][1][0][0][0]");
-        row("load, a field of four digits", 2, u"load %1/show.qvr"_s,
-            good + lines("[1][2][2][1000][1][0][0][0]"), {},
-            bad.arg(u"\\[1\\]\\[2\\]\\[2\\]\\[1000\\].*"_s), {});
-        row("verify, seven fields", 2, verify, good + lines("[1][2][2][1][1][0][0]"), {},
-            bad.arg(u"[^\"]*"_s), {});
+        row("load, seven fields", 2, u"load %1/show.qvr"_s, good + lines("[1][2][2][1][1][0][0]"),
+            {}, bad.arg(u"[^\"]*"_s), {});
         row("apply, a field not a number; an escape sequence shown as ?", 2, apply,
             good + lines("[x]\x1b[2J"), {}, bad.arg(u"\\[x\\]\\?\\[2J"_s), {});
         row("verify, a file cut short", 2, verify, good + "[1][2][2][1", {},
@@ -185,7 +178,6 @@ private slots:
         // 999 rows: the row after the last is asked for and proves the end.
         const QString full = u"full"_s;
         row("read, a full table", 0, u"read"_s, "old", Full, {}, u"Comp"_s, Full, full);
-        row("verify, a full table", 0, verify, Full, {}, {}, u"Comp"_s, Full, full);
         const QByteArray changed = QByteArray(Full).replace("[2][500][2][1]", "[2][500][2][2]");
         row("apply to a full table", 0, apply, changed, "1 changed, 0 unmapped, 1004 left alone\n",
             {}, u"Comp|Map 2 500 2 2|GetMap 2  500"_s, changed, full);
@@ -202,7 +194,7 @@ private slots:
         QVERIFY(s.start(
             file, setup == u"silent"_s ? QStringList{u"--fault"_s, u"silent"_s} : QStringList(),
             setup == u"full"_s ? Full : Held));
-        QSerialPort holder(s.sim.link());
+        QSerialPort holder(s.link());
         QVERIFY(setup != u"held"_s || holder.open(QIODevice::ReadWrite));
         const auto [status, out, err] = s.ctl(arguments);
         QCOMPARE(status, wantStatus);
