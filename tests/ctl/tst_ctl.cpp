@@ -97,8 +97,8 @@ private slots:
     // kestrelctl with the arguments ("%1" the studio's folder) and show.qvr holding `file`: its
     // exit status, standard output, standard error (a pattern for the one line after the program's
     // name, or none), the commands the tally system received ("|" between) and what its table
-    // holds afterwards. With `setup` "silent" the tally system never answers; "held", another
-    // program holds its port.
+    // holds afterwards. With `setup` "held", another program holds its port; "full", the tally
+    // system's table is full.
     void run_data()
     {
         const RunRows rows;
@@ -150,8 +150,6 @@ private slots:
             "output 7/7 (not in Kestrel.ini): file wants input 1 \"In 1\", device holds no "
             "mapping\n",
             {}, u"Comp"_s, Device);
-        row("verify, unreachable", 2, verify, Device, {},
-            u"no reply from the tally system on .*/tty within 2 s"_s, {}, Held, u"silent"_s);
         row("verify, no such port", 2, u"--device /nonexistent "_s + verify, Device, {},
             u"the serial port /nonexistent does not exist"_s, {});
         row("verify, port held", 2, verify, Device, {},
@@ -191,9 +189,7 @@ private slots:
         const auto [arguments, file, wantStatus, wantOut, errPattern, wire, table, setup] =
             RunRows::fetch();
         Studio s;
-        QVERIFY(s.start(
-            file, setup == u"silent"_s ? QStringList{u"--fault"_s, u"silent"_s} : QStringList(),
-            setup == u"full"_s ? Full : Held));
+        QVERIFY(s.start(file, {}, setup == u"full"_s ? Full : Held));
         QSerialPort holder(s.link());
         QVERIFY(setup != u"held"_s || holder.open(QIODevice::ReadWrite));
         const auto [status, out, err] = s.ctl(arguments);
@@ -203,7 +199,7 @@ private slots:
         QVERIFY2(errLine.match(QString::fromLocal8Bit(err)).hasMatch(), err);
         QCOMPARE(s.wire().join(u'|'), wire);
         // Not even the probe went out before the failure.
-        if (status == 2 && wire.isEmpty() && setup != u"silent"_s)
+        if (status == 2 && wire.isEmpty())
             QCOMPARE(readFile(s.path("log")), QByteArray());
         QCOMPARE(readFile(s.path("table.qvr")), table);
         QCOMPARE(readFile(s.path("show.qvr")),
@@ -226,7 +222,8 @@ private slots:
         };
         const Case cases[] = {
             {"garbage", "read --overwrite %1/show.qvr", 2, "the reply to \"\" is not its own"},
-            {"slow:2500", "verify %1/show.qvr", 2, "no reply from the tally system .* to \"\""},
+            {"slow:2500", "verify %1/show.qvr", 2,
+             "no reply from the tally system on .*/tty within 2 s to \"\""},
             {"cut", "apply %1/show.qvr", 2, "the reply to \"\" was cut short"},
             {"drop:6", "load %1/show.qvr", 2, "line 1 of .*: no reply .* to \"Map 1 1 2 1\""},
             {"lf:6", "read --overwrite %1/show.qvr", 2,

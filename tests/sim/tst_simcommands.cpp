@@ -102,8 +102,6 @@ private slots:
     {
         const RefusedRows row;
         row("seven fields", "[2][5][1][3][1][0][0]");
-        row("nine fields", "[2][5][1][3][1][0][0][0][0]");
-        row("hex field", "[2][5][&H1][3][1][0][0][0]");
         row("four characters", "[2][5][1000][3][1][0][0][0]");
         row("text after the fields", "[2][5][1][3][1][0][0][0]x");
     }
