@@ -152,37 +152,31 @@ private slots:
         Ser2net server;
         server.telnet = rfc2217;
         QVERIFY(sim.start({}, held) && server.start(sim.link()));
-        {
-            NetLine line;
-            Studio s{line, line.clock(), NoPause};
-            QVERIFY(s.load(6, 120, "CommDevice=" + server.url + "\r\n"));
-            QVERIFY(s.boxes.isEmpty()); // neither "Port Conflict" nor the retry question
-            QCOMPARE(s.model.MainCPUVersion, u"MAIN V2"_s);
-            QCOMPARE(s.mapped(), sorted(sim.table()));
-            s.pick(Control::List1, 2);
-            s.pick(Control::list2, 5);
-            s.click(Control::cmdMapIt);
-            QCOMPARE(sim.table(), rows(held) << u"[1][3][2][5][1][0][0][0]"_s);
-            server.stop();
-            s.pick(Control::List1, 4);
-            s.click(Control::cmdMapIt);
-            QCOMPARE(s.window.text(Control::lblError), u"Comm Error!"_s);
-            QVERIFY(server.start(sim.link()));
-            s.click(Control::cmdOnline); // OFFLINE
-            s.click(Control::cmdOnline); // ONLINE
-            QVERIFY(s.model.Online);
-            s.pick(Control::List1, 5);
-            s.click(Control::cmdMapIt);
-            QCOMPARE(sim.table().last(), u"[1][6][2][5][1][0][0][0]"_s);
-        }
-        B ini = "[Kestrel]\r\nSystem=T\r\nCommDevice=" + server.url + "\r\n";
-        for (int k = 1; k <= 6; ++k)
-            ini +=
-                QString::asprintf("Output %d=O,1,%d\r\nInput %d=I,2,%d\r\n", k, k, k, k).toLatin1();
+        NetLine line;
+        Studio s{line, line.clock(), NoPause};
+        QVERIFY(s.load(6, 120, "CommDevice=" + server.url + "\r\n"));
+        QVERIFY(s.boxes.isEmpty()); // neither "Port Conflict" nor the retry question
+        QCOMPARE(s.model.MainCPUVersion, u"MAIN V2"_s);
+        QCOMPARE(s.mapped(), sorted(sim.table()));
+        s.pick(Control::List1, 2);
+        s.pick(Control::list2, 5);
+        s.click(Control::cmdMapIt);
+        QCOMPARE(sim.table(), rows(held) << u"[1][3][2][5][1][0][0][0]"_s);
+        server.stop();
+        s.pick(Control::List1, 4);
+        s.click(Control::cmdMapIt);
+        QCOMPARE(s.window.text(Control::lblError), u"Comm Error!"_s);
+        QVERIFY(server.start(sim.link()));
+        s.click(Control::cmdOnline); // OFFLINE
+        s.click(Control::cmdOnline); // ONLINE
+        QVERIFY(s.model.Online);
+        s.pick(Control::List1, 5);
+        s.click(Control::cmdMapIt);
+        QCOMPARE(sim.table().last(), u"[1][6][2][5][1][0][0][0]"_s);
         QProcess p;
         const auto run = [&](const QString &command) {
             p.start(QStringLiteral(KESTRELCTL_PATH),
-                    QStringList{u"--ini"_s, writeFile(sim.path("Kestrel.ini"), ini)} +
+                    QStringList{u"--ini"_s, s.dir.filePath(u"Kestrel.ini"_s)} +
                         command.split(u' '));
             return p.waitForFinished(30000) ? p.exitCode() : -1;
         };
