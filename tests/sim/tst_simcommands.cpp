@@ -35,13 +35,12 @@ private slots:
                              const QByteArray &line, const QByteArrayList &rows = {}) {
             table(name, {}, commands, line, rows);
         };
-        const QByteArray version = "KESTREL MAIN V2.14", get = "GetMap 2  5";
+        const QByteArray get = "GetMap 2  5";
         const QByteArray a = "Map 2 5 1 3", b = "Map 1 4 2 2", c = "Map 3 12 100 999";
         const QByteArray rowA = "[2][5][1][3][1][0][0][0]", rowB = "[1][4][2][2][1][0][0][0]",
                          rowC = "[3][12][100][999][1][0][0][0]", hole = "[0][0][0][0][0][0][0][0]",
                          andRow = "[2][5][1][3][1][4][7][1]";
         row("empty line", {""}, "READY");
-        row("probe: CR then VER", {"\rVER"}, version);
         row("runs of blanks", {"  Map  2  5  1  3  "}, "OK", {rowA});
         row("RawMap 0", {a, "RawMap 0"}, "", {rowA});
         row("AND without a row", {"AND 2 5 4 7"}, "ERR NO MAP");
