@@ -17,8 +17,6 @@
 #include <tuple>
 #include <vector>
 
-using namespace Qt::StringLiterals;
-
 namespace {
 
 // The arguments, the tally file, then the exit status, standard output, standard error's
