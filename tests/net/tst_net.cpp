@@ -173,6 +173,7 @@ private slots:
         s.pick(Control::List1, 5);
         s.click(Control::cmdMapIt);
         QCOMPARE(sim.table().last(), u"[1][6][2][5][1][0][0][0]"_s);
+        // kestrelctl on the window's own Kestrel.ini; ser2net hands it the line (kickolduser).
         QProcess p;
         const auto run = [&](const QString &command) {
             p.start(QStringLiteral(KESTRELCTL_PATH),
