@@ -3,48 +3,42 @@
 
 #pragma once
 
-#include "support/Files.h"
+#include "support/SimProcess.h"
 
 #include <QDeadlineTimer>
-#include <QFile>
-#include <QProcess>
 #include <QSerialPort>
 
-// One kestrel-sim process and a serial port opened on it as the configurator opens its port
-// (QSerialPort's defaults are 9600 8N1). start() and open() say why they failed in `problem`.
-struct SimSession
+// kestrel-sim and a serial port opened on the path it prints, as the configurator opens its
+// port (QSerialPort's defaults are 9600 8N1). start() and open() say why they failed in
+// `problem`.
+struct SimSession : SimProcess
 {
-    QProcess process;
     QSerialPort port;
     QByteArray problem;
 
-    ~SimSession() { process.kill(), process.waitForFinished(5000); }
-
-    // Starts kestrel-sim, reads the port path from its first line of output and opens the port.
-    bool start(const QStringList &arguments)
+    bool start(const QStringList &arguments, const QByteArray &rows = {})
     {
-        process.start(QStringLiteral(KESTREL_SIM_PATH), arguments);
-        // The path comes in one write, flushed after the line.
-        if (!process.waitForReadyRead(5000) || !process.canReadLine()) {
+        if (!SimProcess::start(arguments, rows) || !process.canReadLine()) {
             problem = "no port path; stderr: " + process.readAllStandardError();
             return false;
         }
         return open(QString::fromLocal8Bit(process.readLine()).trimmed());
     }
 
-    // Opens the port itself or a link to it.
+    // Opens the port itself or its link.
     bool open(const QString &path)
     {
         port.close();
         port.setPortName(path);
         const bool opened = port.open(QIODevice::ReadWrite);
-        problem = (path + QStringLiteral(": ") + port.errorString()).toLocal8Bit();
+        problem = (path + u": "_s + port.errorString()).toLocal8Bit();
         return opened;
     }
 
     void send(const QByteArray &command)
     {
-        port.write(command + "\r\n"), port.waitForBytesWritten(1000);
+        port.write(command + "\r\n");
+        port.waitForBytesWritten(1000);
     }
 
     // Everything that arrives within the time; with `untilReply`, only until a complete reply
@@ -72,5 +66,6 @@ struct SimSession
         return echo + "\r\n" + line + "\r\n.";
     }
 
-    static QByteArray readFile(const QString &path) { return ::readFile(path, "<missing>"); }
+    // The table file as it stands; "<missing>" tells a file never written from an empty one.
+    QByteArray state() const { return readFile(path("table.qvr"), "<missing>"); }
 };

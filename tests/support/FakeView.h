@@ -54,11 +54,14 @@ public:
     void setColumnWidths(Control, const QList<int> &) override {}
     void clearRows(Control l) override
     {
-        at(l).rows.clear(), at(l).colours.clear(), at(l).current = -1;
+        at(l).rows.clear();
+        at(l).colours.clear();
+        at(l).current = -1;
     }
     void addRow(Control l, const QString &t) override
     {
-        at(l).rows << t, at(l).colours << Colours::ListBlue;
+        at(l).rows << t;
+        at(l).colours << Colours::ListBlue;
     }
     int rowCount(Control l) const override { return get(l).rows.size(); }
     QString rowText(Control l, int r) const { return get(l).rows.value(r); }

@@ -59,10 +59,12 @@ public:
     void PortClose() override {}
     void PortWrite(const QByteArray &b) override
     {
-        written += b, m_line += b;
+        written += b;
+        m_line += b;
         for (qsizetype end; (end = m_line.indexOf("\r\n")) >= 0;) {
             const QByteArray command = m_line.left(end);
-            m_line.remove(0, end + 2), commands << command;
+            m_line.remove(0, end + 2);
+            commands << command;
             onCommand ? onCommand(command) : void();
             QList<Reply> &scripted = m_scripts[command];
             const Reply reply = !scripted.isEmpty() ? scripted.takeFirst()

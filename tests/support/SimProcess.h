@@ -13,7 +13,11 @@ using namespace Qt::StringLiterals;
 // kestrel-sim running for one test, its link and table file in a temporary folder.
 struct SimProcess
 {
-    ~SimProcess() { process.kill(), process.waitForFinished(); }
+    ~SimProcess()
+    {
+        process.kill();
+        process.waitForFinished();
+    }
     bool start(const QStringList &extra, const QByteArray &rows = {})
     {
         process.start(QString::fromUtf8(KESTREL_SIM_PATH),
