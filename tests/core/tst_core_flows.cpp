@@ -74,7 +74,7 @@ using ExchangeRows = DataTable<"first firstMs then thenUs buffer reply late", QB
 // (ExchangeOutcome), whether it is whole, the tail the quiet wait took, the bytes the next
 // command's flush threw away.
 using OutcomeRows = DataTable<"first then outcome whole tail discarded", QByteArray, QByteArray,
-                              int, bool, QByteArray, int>;
+                              ExchangeOutcome, bool, QByteArray, int>;
 // The Online button clicked: the answers to the retry question after each attempt nobody
 // answers (Y: Yes, N: No; "-": it was online), the reply to "VER" ("": as usual), the lines
 // sent, the version shown.
@@ -117,17 +117,17 @@ private slots:
     void outcome_data()
     {
         const OutcomeRows row;
-        const int complete = int(ExchangeOutcome::Complete),
-                  timedOut = int(ExchangeOutcome::TimedOut),
-                  outOfStep = int(ExchangeOutcome::OutOfStep);
-        row("whole", "R\r\nOK\r\n.", "", complete, true, "", 0);
-        row("a point in the line, its tail", "R\r\nV2.", "14\r\n.", complete, false, "14\r\n.", 0);
-        row("bytes after a whole reply", "R\r\nOK\r\n.", "X", complete, true, "", 1);
-        row("line feed lost after the echo", "R\r[1]\r\n.", "", outOfStep, false, "", 0);
-        row("line feed lost at the end", "R\r\nOK\r.", "", complete, false, "", 0);
-        row("text before the point", "R\r\nOK\r\nX.", "", complete, false, "", 0);
-        row("another command's echo", "B\r\nOK\r\n.", "", outOfStep, false, "", 0);
-        row("no point", "R\r\nOK\r\n", "", timedOut, false, "", 0);
+        using enum ExchangeOutcome;
+        row("whole", "R\r\nOK\r\n.", "", Complete, true, "", 0);
+        row("a point in the line, its tail", "R\r\nV2.", "14\r\n.", Complete, false, "14\r\n.", 0);
+        row("bytes after a whole reply", "R\r\nOK\r\n.", "X", Complete, true, "", 1);
+        row("line feed lost after the echo", "R\r[1]\r\n.", "", OutOfStep, false, "", 0);
+        row("line feed lost at the end", "R\r\nOK\r.", "", Complete, false, "", 0);
+        row("a letter for the last line feed", "R\r\nOK\rX.", "", Complete, false, "", 0);
+        row("a line feed in the line", "R\r\nO\nK\r\n.", "", Complete, false, "", 0);
+        row("text before the point", "R\r\nOK\r\nX.", "", Complete, false, "", 0);
+        row("another command's echo", "B\r\nOK\r\n.", "", OutOfStep, false, "", 0);
+        row("no point", "R\r\nOK\r\n", "", TimedOut, false, "", 0);
     }
     void outcome()
     {
@@ -136,7 +136,7 @@ private slots:
         r.port.script("R", {{0ms, first}, {5ms, then}});
         r.channel.setQuietWait(100ms);
         r.channel.SendCommand(u"R"_s);
-        QCOMPARE(int(r.channel.lastExchange().outcome), outcome);
+        QCOMPARE(r.channel.lastExchange().outcome, outcome);
         QCOMPARE(r.channel.lastExchange().whole, whole);
         QCOMPARE(r.channel.lastExchange().tail, tail);
         r.port.now += 1s;
