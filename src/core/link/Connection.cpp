@@ -50,8 +50,8 @@ bool Connection::GoOnline()
         m_view.setText(Control::lblError, QString());
         m_model.Online = false;
         result = false;
-        // After the dialogs: what the operator did during the probe went to a window they
-        // blocked, and is gone.
+        // Only after the dialogs: their loop served what queued during the probe, and a window
+        // that a modal box blocks takes no input.
         m_view.endBlocking();
     }
     MakeInfoString();
